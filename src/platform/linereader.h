@@ -1,0 +1,52 @@
+// linereader.h -- reads a file line by line (LF, CRLF or CR), then raw bytes.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace trelvane {
+
+// A text input stream over the bytes of a file, with no conversion of any
+// byte. readLine() returns a line without its line end, also a last line
+// that has none, and leaves the stream right behind the line end it
+// consumed, so readBytes() can go on with raw bytes from there.
+class LineReader {
+ public:
+  LineReader() = default;
+  ~LineReader();
+  LineReader(const LineReader&) = delete;
+  LineReader& operator=(const LineReader&) = delete;
+
+  // Opens path for reading; on failure returns false and sets error() to a
+  // sentence fit for the user ("No such file or directory", ...).
+  bool open(const std::string& path);
+  // Reads from a text held in memory (tests, fuzzing).
+  void openMemory(std::string bytes);
+  void close();
+  bool isOpen() const { return file_ != nullptr || memOpen_; }
+  const std::string& error() const { return error_; }
+
+  // The next line; an empty string at the end of the stream.
+  std::string readLine();
+  // True when no byte is left.
+  bool eof();
+  // Up to n raw bytes from the present position.
+  std::string readBytes(std::size_t n);
+
+ private:
+  int peekByte();
+  int nextByte();
+  bool fill();
+
+  std::FILE* file_ = nullptr;
+  bool memOpen_ = false;
+  std::string buf_;
+  std::size_t pos_ = 0;
+  std::string error_;
+};
+
+// True where path names a regular file that can be opened for reading;
+// otherwise false with a sentence about why in *why.
+bool canReadFile(const std::string& path, std::string* why);
+
+}  // namespace trelvane
