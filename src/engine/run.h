@@ -1,0 +1,69 @@
+// run.h -- rumcompute: one comparison run, and the narrow host it reports through.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "engine/form.h"
+#include "engine/state.h"
+
+namespace trelvane {
+
+// The controls a run reads, taken from the form on the main thread when
+// PBRUN is pressed (the Save dialog's answer too), so that the worker
+// thread never touches a widget.
+struct RunSettings {
+  std::string EFWS = "30";
+  std::string EFAnaFrom = "1";
+  std::string EFAnaTo = "max";
+  std::string EFIdentities = "20";
+  std::string EFSD = "100";
+  bool display0 = false;
+  bool Display1 = false;
+  bool CBCPG = false;
+  bool CBFile = false;
+  bool CBClipboard = false;
+  bool CBFreqIB = true;
+  // The file chosen in the Save dialog of CBFile; none when cancelled.
+  std::optional<std::string> resultPath;
+  // ProgressBar1's width in pixels: its Maximum during the run.
+  int progressWidth = 262;
+  uint64_t seed = 0;
+
+  static RunSettings fromForm(const Form& form);
+};
+
+// What a run tells the window. The Qt host posts each call to the main
+// thread; the CLI and the tests answer directly.
+class RunHost {
+ public:
+  virtual ~RunHost() = default;
+  // A stage text in Message, repainted at once.
+  virtual void message(const std::string& text) = 0;
+  // ProgressBar1's Value and Maximum.
+  virtual void progress(int value, int maximum) = 0;
+  // Application.DoEvents: let pending user events through.
+  virtual void doEvents() {}
+  // The run sets EFAnaTo to "max"; the window runs the field's change
+  // handler when the text changes.
+  virtual void setEFAnaTo(const std::string& text) = 0;
+  // The clipboard text of the run (head, "#", rows).
+  virtual void setClipboard(const std::string& text) = 0;
+  virtual void beep() {}
+};
+
+// What the worker hands back for the main thread's end of the run.
+struct RunOutcome {
+  bool stopped = false;        // askclose was set when the scans ended
+  bool refused = false;        // the run did not start (see message)
+  std::string report;          // the text for Results
+  // The result properties (set on the window only when not stopped).
+  int32_t windgraph = 0;
+  float maxgraph = 0, meangraph = 0, sdgraph = 0;
+  float omeangraph = 0, osdgraph = 0, omaxgraph = 0;
+  float sumu2bas = 0, sumu2up = 0;
+  std::string EF_MaxX;         // the new upper limit of the scale
+};
+
+}  // namespace trelvane
