@@ -1,0 +1,123 @@
+// result_reader.cpp -- reads a result file: keyed lines up to "#", then raw profile bytes.
+#include "input/result_reader.h"
+
+#include <cmath>
+
+#include "input/sequence_reader.h"
+#include "platform/linereader.h"
+#include "platform/numtext.h"
+
+namespace trelvane {
+namespace {
+
+// The values found in the head; a key that is missing leaves its property.
+struct StoredResult {
+  std::optional<int32_t> windgraph, nbbases, nbbases1;
+  std::optional<float> maxgraph, omaxgraph, meangraph, omeangraph, sdgraph, osdgraph,
+      sumu2bas, sumu2up;
+  // The text of Bases= as it stands, for the message of a refused file.
+  std::string basesText;
+};
+
+// Tests the line against every key, in this order; no key is a prefix of
+// another, so at most one matches.
+void readKeys(const std::string& line, StoredResult& r) {
+  auto value = [&line](std::string_view key, std::string_view& rest) {
+    if (!startsWithNoCase(line, key)) return false;
+    rest = std::string_view(line).substr(key.size());
+    return true;
+  };
+  std::string_view v;
+  if (value("Window size=", v)) r.windgraph = toInt(Val(v));
+  if (value("Max=", v)) r.maxgraph = toSingle(Val(v));
+  if (value("Max H0=", v)) r.omaxgraph = toSingle(Val(v));
+  if (value("Mean=", v)) r.meangraph = toSingle(CDbl(v));
+  if (value("Mean H0=", v)) r.omeangraph = toSingle(CDbl(v));
+  if (value("SD=", v)) r.sdgraph = toSingle(CDbl(v));
+  if (value("SD H0=", v)) r.osdgraph = toSingle(CDbl(v));
+  if (value("SD low=", v)) r.sumu2bas = toSingle(CDbl(v));
+  if (value("SD up=", v)) r.sumu2up = toSingle(CDbl(v));
+  if (value("Bases=", v)) {
+    r.nbbases = toInt(Val(v));
+    r.basesText = std::string(v.substr(0, 40));
+  }
+  if (value("Bases1=", v)) r.nbbases1 = toInt(Val(v));
+}
+
+template <typename T>
+void store(const std::optional<T>& v, T& property) {
+  if (v) property = *v;
+}
+
+void plot(Form& form, const std::function<void()>& graph) {
+  form.Message = "Plot the graph...";
+  if (graph) graph();
+  form.Message = "End...";
+}
+
+}  // namespace
+
+void litprevious(ComparisonState& st, Form& form, const std::optional<std::string>& path,
+                 const std::function<void()>& graph) {
+  if (!path) return;
+  LineReader in;
+  if (!in.open(*path)) {
+    form.Message = cannotReadText(*path, in.error());
+    return;
+  }
+  detail::readResult(st, form, in, *path, graph, kMaxBases);
+}
+
+namespace detail {
+
+void readResult(ComparisonState& st, Form& form, LineReader& in, const std::string& path,
+                const std::function<void()>& graph, int64_t maxBases) {
+  if (!startsWithNoCase(in.readLine(), "Trelvane comparison")) {
+    plot(form, graph);
+    return;
+  }
+
+  form.Message = "Reading parameters...";
+  StoredResult r;
+  std::string line;
+  do {
+    line = in.readLine();
+    readKeys(line, r);
+  } while (line != "#" && !in.eof());
+
+  // Bases= sizes the profile block: a count that cannot be one refuses the file.
+  if (r.nbbases && (*r.nbbases < 0 || *r.nbbases > maxBases)) {
+    form.Message = cannotReadText(path, "Bases=" + r.basesText + " is no count of bases");
+    return;
+  }
+  store(r.windgraph, st.windgraph);
+  store(r.maxgraph, st.maxgraph);
+  store(r.omaxgraph, st.omaxgraph);
+  store(r.meangraph, st.meangraph);
+  store(r.omeangraph, st.omeangraph);
+  store(r.sdgraph, st.sdgraph);
+  store(r.osdgraph, st.osdgraph);
+  store(r.sumu2bas, st.sumu2bas);
+  store(r.sumu2up, st.sumu2up);
+  store(r.nbbases, st.nbbases);
+  store(r.nbbases1, st.nbbases1);
+
+  // A file that ends at or before its "#" line has no byte section: m2 stays.
+  if (!in.eof()) {
+    const int32_t n = st.nbbases;
+    st.m2 = MemoryBlock(static_cast<std::ptrdiff_t>(n) + 410);
+    // The start of the block is filled as by a run, with code 1 instead of 2.
+    std::string ones(200, '\x01');
+    ones.push_back('\0');
+    const double last = std::floor(n / 200.0 + 300.0);
+    for (std::ptrdiff_t off = 0; static_cast<double>(off) <= last; off += 200)
+      st.m2.setBytes(off, ones);
+    form.Message = "Reading file...";
+    st.m2.setBytes(0, in.readBytes(static_cast<std::size_t>(n)));
+  }
+  in.close();
+  plot(form, graph);
+}
+
+}  // namespace detail
+}  // namespace trelvane

@@ -1,0 +1,195 @@
+// sequence_reader.cpp -- sequence text files into base codes, in two passes over the file.
+#include "input/sequence_reader.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "platform/linereader.h"
+#include "platform/numtext.h"
+
+namespace trelvane {
+namespace {
+
+using CaraTable = std::array<std::string, 257>;
+
+// Base codes by byte: A 1, T 2, C 3, G 4 in either case, every other byte 0.
+constexpr std::array<uint8_t, 256> makeCodes() {
+  std::array<uint8_t, 256> codes{};
+  codes['A'] = codes['a'] = kA;
+  codes['T'] = codes['t'] = kT;
+  codes['C'] = codes['c'] = kC;
+  codes['G'] = codes['g'] = kG;
+  return codes;
+}
+constexpr std::array<uint8_t, 256> kCodes = makeCodes();
+
+bool isTitle(std::string_view line) {
+  return !line.empty() && (line[0] == '>' || line[0] == '%');
+}
+
+void formatInto(const CaraTable& cara, std::string_view line, std::string& out) {
+  out.clear();
+  if (isTitle(line)) return;
+  for (unsigned char b : line) out += cara[b];
+}
+
+int64_t formattedLength(const CaraTable& cara, std::string_view line) {
+  if (isTitle(line)) return 0;
+  int64_t n = 0;
+  for (unsigned char b : line) n += static_cast<int64_t>(cara[b].size());
+  return n;
+}
+
+// The ten entries of A, T, G, C, U in both cases. U is no synonym for T:
+// it stays "U" (code 0) unless complemented into "A".
+void setLetters(CaraTable& cara, bool complement) {
+  struct Row { char letter, plain, comp; };
+  static constexpr Row kRows[] = {
+      {'A', 'A', 'T'}, {'T', 'T', 'A'}, {'G', 'G', 'C'}, {'C', 'C', 'G'}, {'U', 'U', 'A'}};
+  for (const Row& r : kRows) {
+    std::string entry(1, complement ? r.comp : r.plain);
+    cara[static_cast<unsigned char>(r.letter)] = entry;
+    cara[static_cast<unsigned char>(r.letter - 'A' + 'a')] = entry;
+  }
+}
+
+void setN(CaraTable& cara, const std::string& entry) {
+  cara['N'] = entry;
+  cara['n'] = entry;
+}
+
+void readSide(ComparisonState& st, Form& form, int side) {
+  if (!st.f[side]) {
+    form.Message = "Cannot read the sequence: no file is chosen";
+    return;
+  }
+  const std::string path = *st.f[side];
+  detail::SequenceSource source{path, [&path](LineReader& in, std::string& why) {
+                                  if (in.open(path)) return true;
+                                  why = in.error();
+                                  return false;
+                                }};
+  detail::readSequence(st, form, side, source);
+}
+
+}  // namespace
+
+std::string formatseq(const ComparisonState& st, std::string_view line) {
+  std::string out;
+  formatInto(st.cara, line, out);
+  return out;
+}
+
+void litlongue(ComparisonState& st, Form& form) { readSide(st, form, 0); }
+
+void litshort(ComparisonState& st, Form& form) { readSide(st, form, 1); }
+
+std::string cannotReadText(const std::string& path, const std::string& why) {
+  std::string name = std::filesystem::path(path).filename().string();
+  if (name.empty()) name = path;
+  return "Cannot read " + name + ": " + why;
+}
+
+namespace detail {
+
+void readSequence(ComparisonState& st, Form& form, int side, const SequenceSource& source,
+                  int64_t maxTotal) {
+  const bool comp = side == 0 ? form.Comp0 : form.Comp1;
+  const bool reverse = side == 0 ? form.Reverse0 : form.Reverse1;
+  const bool removeN = side == 0 ? form.CBRemoveN0 : form.CBRemoveN1;
+
+  form.Message = "Read the sequence...";
+  LineReader in;
+  std::string why;
+  if (!source.open(in, why)) {
+    form.Message = cannotReadText(source.path, why);
+    return;
+  }
+
+  // The table is built aside and stored with the sequence at the end, so a
+  // refused file leaves the whole state as it was.
+  CaraTable cara = st.cara;
+  setLetters(cara, comp);
+  const std::string nEntry = removeN ? "" : "N";
+  setN(cara, nEntry);
+  // With Reverse on the first pass counts the Ns even when they are removed
+  // later; the fill then starts that many bytes further back (kept as is).
+  if (reverse) setN(cara, "N");
+
+  // first pass: the size of the block
+  int64_t total = 0;
+  do {
+    const std::string line = in.readLine();
+    total += reverse ? formattedLength(cara, line) : static_cast<int64_t>(line.size());
+  } while (!in.eof() && total <= maxTotal);
+  in.close();
+  if (total > maxTotal) {
+    form.Message = cannotReadText(
+        source.path, "the sequence is too long (more than " + Str(maxTotal) + " characters)");
+    return;
+  }
+  setN(cara, nEntry);
+
+  // second pass: the base codes
+  if (!source.open(in, why)) {
+    form.Message = cannotReadText(source.path, why);
+    return;
+  }
+  MemoryBlock block(total + 100);
+  uint8_t* out = block.data();
+  int64_t count = 0;
+  int64_t freq[5] = {};
+  std::string clean;
+  do {
+    const std::string line = in.readLine();
+    formatInto(cara, line, clean);
+    // A file that grew since the first pass is cut at the size of the block.
+    const int64_t n = std::min<int64_t>(static_cast<int64_t>(clean.size()), total - count);
+    const auto* p = reinterpret_cast<const unsigned char*>(clean.data());
+    if (reverse) {
+      uint8_t* dst = out + (total - count - 1);  // the block fills from the back
+      for (int64_t k = 0; k < n; ++k) {
+        const uint8_t c = kCodes[p[k]];
+        dst[-k] = c;
+        ++freq[c];
+      }
+    } else {
+      uint8_t* dst = out + count;
+      for (int64_t k = 0; k < n; ++k) {
+        const uint8_t c = kCodes[p[k]];
+        dst[k] = c;
+        ++freq[c];
+      }
+    }
+    count += n;
+  } while (!in.eof());
+  in.close();
+
+  // the side's state, all at once
+  const auto n32 = static_cast<int32_t>(count);
+  st.cara = std::move(cara);
+  for (int c = 0; c < 5; ++c) st.basesfreq[c][side] = static_cast<int32_t>(freq[c]);
+  if (side == 0) {
+    st.m0 = std::move(block);
+    st.nbbases = n32;
+    // Each longest sequence resets the resamplings to its window positions.
+    form.EFSD = Str(static_cast<double>(n32) - Val(form.EFWS));
+  } else {
+    st.m1 = std::move(block);
+    st.nbbases1 = n32;
+    if (Val(form.EFWS) > n32) form.EFWS = Str(n32);
+  }
+
+  // length check: equal lengths pass, and only a loaded other side counts
+  if (st.nbbases < st.nbbases1 && st.f[1 - side]) {
+    form.Message = side == 0 ? "Long sequence shorter than short sequence !"
+                             : "short sequence longer than long sequence !";
+    st.f[side].reset();
+  } else {
+    form.Message = (side == 0 ? "Long sequence read " : "Short sequence read ") + Str(n32) +
+                   " bases";
+  }
+}
+
+}  // namespace detail
+}  // namespace trelvane

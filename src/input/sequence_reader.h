@@ -1,0 +1,53 @@
+// sequence_reader.h -- sequence text files into base codes: formatseq, litlongue, litshort.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "engine/form.h"
+#include "engine/state.h"
+
+namespace trelvane {
+
+class LineReader;
+
+// The most bases one side may hold, so that every count stays a 32-bit
+// integer, also a profile block of nbbases + 410 bytes.
+inline constexpr int64_t kMaxBases = 2147483647 - 410;
+
+// The line cleaned by cara: a title line (">" or "%" first) gives "", any
+// other line the cara entry of each of its bytes, in order.
+std::string formatseq(const ComparisonState& st, std::string_view line);
+
+// Reads the file of f[0] into m0, nbbases and basesfreq[.][0] with the
+// options Comp0, Reverse0 and CBRemoveN0; sets EFSD and Message.
+void litlongue(ComparisonState& st, Form& form);
+// Reads the file of f[1] into m1, nbbases1 and basesfreq[.][1] with the
+// options Comp1, Reverse1 and CBRemoveN1; may clip EFWS; sets Message.
+void litshort(ComparisonState& st, Form& form);
+
+// "Cannot read NAME: WHY", the text of every file that cannot be opened.
+std::string cannotReadText(const std::string& path, const std::string& why);
+
+namespace detail {
+
+// Where the two passes of a reading get their lines: open() starts a pass
+// on a reader, or returns false with the reason in why.
+struct SequenceSource {
+  std::string path;
+  std::function<bool(LineReader& in, std::string& why)> open;
+};
+
+// The reader of one side (0 longest, 1 shortest). A source that cannot be
+// opened, or that holds more than maxTotal characters in its first pass, is
+// refused with a message before anything else changes. A source that gives
+// more characters in the second pass than in the first is cut at the size of
+// the first, so the fill never leaves its block.
+void readSequence(ComparisonState& st, Form& form, int side,
+                  const SequenceSource& source, int64_t maxTotal = kMaxBases);
+
+}  // namespace detail
+}  // namespace trelvane
