@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -29,8 +30,11 @@ struct RunSettings {
   std::optional<std::string> resultPath;
   // ProgressBar1's width in pixels: its Maximum during the run.
   int progressWidth = 262;
+  // The seed of the run's one random generator (Rnd).
   uint64_t seed = 0;
 
+  // The controls of the form, with a seed from the clock; resultPath and
+  // progressWidth are the window's to fill in.
   static RunSettings fromForm(const Form& form);
 };
 
@@ -56,7 +60,9 @@ class RunHost {
 // What the worker hands back for the main thread's end of the run.
 struct RunOutcome {
   bool stopped = false;        // askclose was set when the scans ended
-  bool refused = false;        // the run did not start (see message)
+  bool refused = false;        // the run did not start (see refusal)
+  std::string refusal;         // why, as shown in Message
+  bool resultWritten = false;  // the result file was created and written
   std::string report;          // the text for Results
   // The result properties (set on the window only when not stopped).
   int32_t windgraph = 0;
@@ -65,5 +71,27 @@ struct RunOutcome {
   float sumu2bas = 0, sumu2up = 0;
   std::string EF_MaxX;         // the new upper limit of the scale
 };
+
+// One comparison run, on the calling thread (the window's worker, the CLI,
+// a test): the set-up, the substitution scan and the random expectation or
+// the CpG scan, then the rows, the statistics, the report, the clipboard
+// (through host.setClipboard) and the result file (at s.resultPath). It reads
+// no control: everything comes from s; it polls st.askclose at its stop
+// points. It replaces st.m2 and sets st.changegraph and st.running; the other
+// result properties are set by endOfRun. A longest sequence without any base
+// is refused before anything changes.
+RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host);
+
+// The end of a run, on the main thread. A finished run sets the result
+// properties and EF_MaxX, calls graph (the drawing), then shows "End..." in
+// Message, puts the report into Results and beeps; a stopped run does only
+// the last three. A refused run changes nothing. What Event_Run does after
+// (caption, panel, running, askclose) is the caller's.
+void endOfRun(ComparisonState& st, Form& form, const RunOutcome& out, RunHost& host,
+              const std::function<void()>& graph);
+
+// The text of EF_MaxX for a highest score: with CBFreqIB "1" when it equals
+// W, else the next tenth strictly above maxgraph / W; without, maxgraph.
+std::string scaleLimit(float maxgraph, int32_t W, bool CBFreqIB);
 
 }  // namespace trelvane

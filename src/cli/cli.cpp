@@ -1,0 +1,65 @@
+// cli.cpp -- the command dispatch of trelvane-cli, with GNU --help and --version.
+#include "cli/cli.h"
+
+#include <cstdio>
+
+#include "cli/commands.h"
+
+#ifndef TRELVANE_VERSION
+#error "TRELVANE_VERSION comes from the CMake project version"
+#endif
+
+namespace trelvane::cli {
+namespace {
+
+const char kHelp[] =
+    "Usage: trelvane-cli COMMAND [ARGUMENT]... [OPTION]...\n"
+    "Identity profiles of two DNA sequences, without a window, for pipelines.\n"
+    "\n"
+    "Commands:\n"
+    "  compare LONG SHORT    profile of the sequence file LONG against SHORT\n"
+    "  cpg LONG              CpG profile of LONG alone\n"
+#ifdef TRELVANE_HAVE_REDRAW
+    "  redraw RESULT         draw a stored result file again\n"
+#endif
+#ifdef TRELVANE_HAVE_CHECK_UPDATE
+    "  check-update          ask the update site for the newest version\n"
+#endif
+    "\n"
+    "  --help                display this help and exit\n"
+    "  --version             output version information and exit\n"
+    "\n"
+    "'trelvane-cli COMMAND --help' describes the options of a command.\n";
+
+}  // namespace
+
+std::string versionLine() { return std::string(kProgram) + " (Trelvane) " + TRELVANE_VERSION; }
+
+int cliMain(const std::vector<std::string>& args, const Console& console) {
+  if (args.empty()) return usageError(console, "missing command");
+  const std::string& command = args[0];
+  std::vector<std::string> rest(args.begin() + 1, args.end());
+  if (command == "--help") {
+    std::fputs(kHelp, console.out);
+    std::fflush(console.out);
+    return kExitOk;
+  }
+  if (command == "--version") {
+    std::fprintf(console.out, "%s\n", versionLine().c_str());
+    std::fflush(console.out);
+    return kExitOk;
+  }
+  if (command == "compare") return runComparison(false, rest, console);
+  if (command == "cpg") return runComparison(true, rest, console);
+#ifdef TRELVANE_HAVE_REDRAW
+  if (command == "redraw") return runRedraw(rest);
+#endif
+#ifdef TRELVANE_HAVE_CHECK_UPDATE
+  if (command == "check-update") return runCheckUpdate(rest);
+#endif
+  if (!command.empty() && command[0] == '-')
+    return usageError(console, "unrecognized option '" + command + "'");
+  return usageError(console, "unknown command '" + command + "'");
+}
+
+}  // namespace trelvane::cli

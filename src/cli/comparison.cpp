@@ -1,0 +1,342 @@
+// comparison.cpp -- compare and cpg: the window's fields filled in a user's order, one run, the outputs.
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <new>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "cli/cli.h"
+#include "cli/commands.h"
+#include "cli/console_host.h"
+#include "cli/interrupt.h"
+#include "cli/options.h"
+#include "engine/form.h"
+#include "engine/run.h"
+#include "engine/state.h"
+#include "platform/linereader.h"
+#include "platform/numtext.h"
+#include "platform/rnd.h"
+
+#ifdef TRELVANE_HAVE_INPUT
+#include "input/panel.h"
+#include "input/text_fields.h"
+#endif
+#ifdef TRELVANE_HAVE_MODEL
+#include TRELVANE_MODEL_HEADER
+#endif
+#ifdef TRELVANE_HAVE_PLOTS
+#include TRELVANE_DOTPLOT_HEADER
+#include TRELVANE_GRAPH_HEADER
+#endif
+#ifdef TRELVANE_HAVE_PLOTS_QT
+#include TRELVANE_WRITER_HEADER
+#endif
+
+namespace trelvane::cli {
+namespace {
+
+// The first line of a stored result, which the panel diverts to the result
+// reader: the comparison commands take sequences only.
+bool isStoredResult(const std::string& path) {
+  LineReader in;
+  if (!in.open(path)) return false;
+  return startsWithNoCase(in.readLine(), "Trelvane comparison");
+}
+
+// A sequence without any of A, T, C, G (empty, all N, all U ...).
+bool holdsNoBase(const ComparisonState& st, int side) {
+  int64_t bases = 0;
+  for (int code = kA; code <= kG; ++code) bases += st.basesfreq[code][side];
+  return bases == 0;
+}
+
+// The result file goes first to a file of its own beside the target and is
+// renamed into place after the run, so that a stopped or failed run leaves
+// what stood there before. For "-" it is a temporary file copied to stdout.
+std::string stagingPathFor(const std::string& target) {
+  std::string suffix = ".trelvane-" + std::to_string(::getpid()) + ".part";
+  if (target == "-") {
+    std::error_code ec;
+    std::filesystem::path dir = std::filesystem::temp_directory_path(ec);
+    if (ec) dir = "/tmp";
+    return (dir / ("trelvane-cli-result" + suffix)).string();
+  }
+  return target + suffix;
+}
+
+void removeQuietly(const std::string& path) {
+  std::error_code ec;
+  std::filesystem::remove(path, ec);
+}
+
+// A staging file that is removed when it goes out of scope, on every road
+// out of the command (a stop, a failure, an exception), unless it was renamed.
+class StagingFile {
+ public:
+  explicit StagingFile(std::string path) : path_(std::move(path)) { removeQuietly(path_); }
+  ~StagingFile() {
+    if (!path_.empty()) removeQuietly(path_);
+  }
+  StagingFile(const StagingFile&) = delete;
+  StagingFile& operator=(const StagingFile&) = delete;
+  const std::string& path() const { return path_; }
+  // Moves the file to target; the staging name is then gone.
+  bool renameTo(const std::string& target, std::string* why) {
+    std::error_code ec;
+    std::filesystem::rename(path_, target, ec);
+    if (ec) {
+      *why = "cannot write " + target + ": " + ec.message();
+      return false;
+    }
+    path_.clear();
+    return true;
+  }
+
+ private:
+  std::string path_;
+};
+
+// Checks what must hold before anything is read: the inputs can be read and
+// hold sequences, the outputs can be created, the build can draw.
+bool checkFiles(const ComparisonOptions& o, const Console& console, int& status) {
+  std::string why;
+  std::vector<std::string> inputs = {o.longPath};
+  if (!o.cpg) inputs.push_back(o.shortPath);
+  if (o.aligned1) inputs.insert(inputs.end(), {*o.aligned1, *o.aligned2});
+  for (const std::string& path : inputs) {
+    if (!canReadFile(path, &why)) {
+      status = badInput(console, "cannot read " + path + ": " + why);
+      return false;
+    }
+  }
+  for (std::size_t k = 0; k < (o.cpg ? 1u : 2u); ++k) {
+    if (isStoredResult(inputs[k])) {
+      status = badInput(console, inputs[k] +
+                                     " is a stored result, not a sequence: draw it with '" +
+                                     kProgram + " redraw'");
+      return false;
+    }
+  }
+  for (const auto* out : {&o.report, &o.rows, &o.result, &o.svg, &o.pdf, &o.png, &o.dotplot}) {
+    if (*out && !canCreateFile(**out, &why)) {
+      status = badInput(console, why);
+      return false;
+    }
+  }
+#ifndef TRELVANE_HAVE_PLOTS_QT
+  if (o.svg || o.pdf || o.png || o.dotplot) {
+    status = usageError(console, "this build of trelvane-cli cannot write pictures");
+    return false;
+  }
+#endif
+  return true;
+}
+
+#ifdef TRELVANE_HAVE_PLOTS_QT
+// Writes the profile in the format of its option, whatever the extension;
+// through a temporary file of that format when path is "-".
+bool writeProfile(const Console& console, const plots::Picture& picture,
+                  plots::ImageFormat format, const std::string& path, std::string* why) {
+  if (path != "-") return plots::writePicture(picture, format, path, why);
+  std::string staging = stagingPathFor("-") + ".picture";
+  bool ok = plots::writePicture(picture, format, staging, why) &&
+            copyFileToOut(console, staging, why);
+  removeQuietly(staging);
+  return ok;
+}
+#endif
+
+}  // namespace
+
+namespace {
+
+int comparison(bool cpg, const std::vector<std::string>& args, const Console& console,
+               const DoEventsHook& hook) {
+  ComparisonOptions o;
+  std::string error;
+  if (!parseComparisonOptions(cpg, args, o, &error)) return usageError(console, error);
+  if (o.help) {
+    std::fputs(comparisonHelp().c_str(), console.out);
+    std::fflush(console.out);
+    return kExitOk;
+  }
+  if (o.version) {
+    std::fprintf(console.out, "%s\n", versionLine().c_str());
+    std::fflush(console.out);
+    return kExitOk;
+  }
+#if !defined(TRELVANE_HAVE_INPUT) || !defined(TRELVANE_HAVE_RUN)
+  return badInput(console, "this build of trelvane-cli has no sequence reader or engine");
+#else
+  int status = kExitOk;
+  if (!checkFiles(o, console, status)) return status;
+
+  // A new window: its open event, every control at its default.
+  ComparisonState st;
+  st.open();
+  Form form;
+  std::function<void()> graph = [&st, &form] {
+#ifdef TRELVANE_HAVE_PLOTS
+    Graph(st, form);
+#endif
+  };
+
+  // The window size first, left as a user leaves the field.
+  if (o.window) {
+    form.EFWS = *o.window;
+    EFWS_LostFocus(form);
+  }
+  form.Comp0 = o.longComplement;
+  form.Reverse0 = o.longReverse;
+  form.CBRemoveN0 = o.longRemoveN;
+  form.Comp1 = o.shortComplement;
+  form.Reverse1 = o.shortReverse;
+  form.CBRemoveN1 = o.shortRemoveN;
+  if (cpg) {
+    form.CBCPG = true;
+    CBCPG_Action(st, form);
+  }
+
+  // The sequences, through the file dialogs of the two sides.
+  openFile(st, form, Route::BevelButton0, o.longPath, graph);
+  if (!st.f[0]) return badInput(console, o.longPath + ": " + form.Message);
+  if (holdsNoBase(st, 0))
+    return badInput(console, o.longPath + " holds no base (A, C, G or T): nothing to compare");
+  if (!cpg) {
+    openFile(st, form, Route::BevelButton1, o.shortPath, graph);
+    if (!st.f[1]) {
+      // The length check of litshort cleared the side.
+      return badInput(console, o.shortPath + ": " + form.Message + " (" + Str(st.nbbases1) +
+                                   " bases against " + Str(st.nbbases) + " in " + o.longPath +
+                                   ")");
+    }
+    if (holdsNoBase(st, 1))
+      return badInput(console, o.shortPath + " holds no base (A, C, G or T): nothing to compare");
+  }
+
+  // The range and the preferences, each as typed.
+  if (o.from && setFieldText(form.EFAnaFrom, *o.from)) EFAnaFrom_TextChange(st, form);
+  if (o.to && setFieldText(form.EFAnaTo, *o.to)) EFAnaTo_TextChange(st, form);
+  if (o.resamplings) form.EFSD = *o.resamplings;
+  if (o.identities) form.EFIdentities = *o.identities;
+  form.display0 = o.showLong;
+  form.Display1 = o.showShort;
+  form.CBClipboard = o.rows.has_value();
+  form.CBFile = o.result.has_value();
+
+  // The substitution model, estimated as Apply would after a paste.
+  if (o.model) {
+#ifdef TRELVANE_HAVE_MODEL
+    std::string seq1, seq2;
+    if (o.aligned1) {
+      seq1 = readAlignedFile(*o.aligned1, &error);
+      if (!error.empty()) return badInput(console, error);
+      seq2 = readAlignedFile(*o.aligned2, &error);
+      if (!error.empty()) return badInput(console, error);
+    }
+    if (!applyModelFromTexts(st, form, *o.model, seq1, seq2, &error))
+      return badInput(console, error);
+#else
+    return usageError(console, "this build of trelvane-cli has no substitution model");
+#endif
+  }
+
+  // The run, as PBRUN starts it, with the Save dialog answered by --result.
+  RunSettings settings = RunSettings::fromForm(form);
+  settings.seed = o.seed ? *o.seed : Rnd::clockSeed();
+  // One unit a percent: the console bar needs no pixels.
+  settings.progressWidth = 100;
+  std::optional<StagingFile> staging;
+  if (o.result) {
+    staging.emplace(stagingPathFor(*o.result));
+    settings.resultPath = staging->path();
+  }
+
+  ConsoleHost host(st, form, console, console.errIsTerminal && !o.quiet, hook);
+  RunOutcome outcome;
+  {
+    InterruptGuard interrupt(st.askclose);
+    outcome = rumcompute(st, settings, host);
+  }
+  if (outcome.refused) {
+    host.finish();
+    return badInput(console, outcome.refusal.empty() ? host.lastMessage() : outcome.refusal);
+  }
+  endOfRun(st, form, outcome, host, graph);
+  host.finish();
+  if (outcome.stopped) {
+    std::fprintf(console.err, "%s: interrupted: the run was stopped, no output written\n",
+                 kProgram);
+    std::fflush(console.err);
+    return kExitInterrupted;
+  }
+
+  // The outputs, in a fixed order (several may go to standard output).
+  auto fail = [&](const std::string& why) { status = badInput(console, why); };
+  if (o.report && !writeOutput(console, *o.report, form.Results, &error)) fail(error);
+  if (o.rows) {
+    if (!host.hasClipboard())
+      fail("the run gave no rows: " + *o.rows + " was not written");
+    else if (!writeOutput(console, *o.rows, host.clipboard(), &error))
+      fail(error);
+  }
+  if (o.result) {
+    if (!outcome.resultWritten)
+      fail("the run gave no rows: no result file was written to " + *o.result);
+    else if (*o.result == "-" ? !copyFileToOut(console, staging->path(), &error)
+                              : !staging->renameTo(*o.result, &error))
+      fail(error);
+  }
+#ifdef TRELVANE_HAVE_PLOTS_QT
+  if (o.svg || o.pdf || o.png || o.dotplot) plots::ensureGuiApplication();
+  const std::pair<const std::optional<std::string>*, plots::ImageFormat> pictures[] = {
+      {&o.svg, plots::ImageFormat::Svg},
+      {&o.pdf, plots::ImageFormat::Pdf},
+      {&o.png, plots::ImageFormat::Png}};
+  for (const auto& [path, format] : pictures) {
+    if (!*path) continue;
+    if (!st.pct) {
+      fail("no profile was drawn (window size " + Str(st.windgraph) + "): " + **path +
+           " was not written");
+      continue;
+    }
+    if (!writeProfile(console, *st.pct, format, **path, &error)) fail(error);
+  }
+  if (o.dotplot) {
+    plots::DotPlot dots = plots::PBDot_Action(st, form);
+    if (!plots::writeDotPlotFile(dots, *o.dotplot, &error)) fail(error);
+  }
+#endif
+  return status;
+#endif
+}
+
+}  // namespace
+
+int runComparison(bool cpg, const std::vector<std::string>& args, const Console& console,
+                  const DoEventsHook& hook) {
+  try {
+    return comparison(cpg, args, console, hook);
+  } catch (const std::bad_alloc&) {
+    // The alignment listing is the one output without a bound.
+    return badInput(console,
+                    "out of memory: the report outgrew the memory (a low --identities with a "
+                    "wide --window lists nearly every pair of windows)");
+  }
+}
+
+int runCompare(const std::vector<std::string>& args) {
+  return runComparison(false, args, Console::standard());
+}
+
+int runCpg(const std::vector<std::string>& args) {
+  return runComparison(true, args, Console::standard());
+}
+
+}  // namespace trelvane::cli

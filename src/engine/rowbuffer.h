@@ -1,0 +1,46 @@
+// rowbuffer.h -- the profile rows of a run: one zero-terminated text that grows as rows arrive.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace trelvane {
+
+// Each row is written at rowpos with a zero byte behind it, and rowpos moves
+// on by the row's length, so the next row overwrites that zero. The text of
+// the buffer is its bytes up to the first zero byte: a row that holds a zero
+// byte itself ends the text there, although rowpos goes on. The buffer grows
+// as needed instead of holding a fixed 30 bytes per base.
+class RowBuffer {
+ public:
+  RowBuffer() { bytes_.push_back('\0'); }
+
+  // Row building in place: append the fields, then end the row.
+  void append(std::string_view s) { bytes_.append(s); }
+  void append(char c) { bytes_.push_back(c); }
+  // Ends the row begun since the last end; puts the zero byte behind it.
+  void endRow() {
+    rowpos_ = bytes_.size();
+    bytes_.push_back('\0');
+  }
+  // Starts a row at rowpos: drops the zero byte that stands there.
+  void beginRow() { bytes_.resize(rowpos_); }
+
+  void write(std::string_view row) {
+    beginRow();
+    append(row);
+    endRow();
+  }
+
+  std::size_t rowpos() const { return rowpos_; }
+  // The bytes up to the first zero byte.
+  std::string_view text() const { return std::string_view(bytes_.c_str()); }
+  bool empty() const { return bytes_.front() == '\0'; }
+
+ private:
+  std::string bytes_;  // the rows, then the zero byte at rowpos_
+  std::size_t rowpos_ = 0;
+};
+
+}  // namespace trelvane

@@ -1,0 +1,164 @@
+// rumcompute.cpp -- one comparison run: set-up, the scans in their order, and the end of the run.
+#include "engine/profile.h"
+#include "engine/run.h"
+#include "engine/scan.h"
+#include "platform/numtext.h"
+#include "platform/rnd.h"
+
+namespace trelvane {
+
+namespace {
+
+constexpr const char* kNoBaseText =
+    "The longest sequence holds no base (A, T, C or G): the run is refused";
+
+bool hasBase(const MemoryBlock& m0, int32_t n) {
+  for (int32_t k = 0; k < n; ++k)
+    if (m0.get(k) != 0) return true;
+  return false;
+}
+
+}  // namespace
+
+RunSettings RunSettings::fromForm(const Form& form) {
+  RunSettings s;
+  s.EFWS = form.EFWS;
+  s.EFAnaFrom = form.EFAnaFrom;
+  s.EFAnaTo = form.EFAnaTo;
+  s.EFIdentities = form.EFIdentities;
+  s.EFSD = form.EFSD;
+  s.display0 = form.display0;
+  s.Display1 = form.Display1;
+  s.CBCPG = form.CBCPG;
+  s.CBFile = form.CBFile;
+  s.CBClipboard = form.CBClipboard;
+  s.CBFreqIB = form.CBFreqIB;
+  s.seed = Rnd::clockSeed();
+  return s;
+}
+
+RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) {
+  RunOutcome out;
+  // The random draw takes bases from m0 until it finds one: without any
+  // base it would never end.
+  if (!hasBase(st.m0, st.nbbases)) {
+    out.refused = true;
+    out.refusal = kNoBaseText;
+    host.message(kNoBaseText);
+    return out;
+  }
+  RunContext c(st, s, host);
+
+  // 1-2: flags; tielist holds the filling text of m2 and is not cleared
+  st.changegraph = true;
+  st.running = true;
+  c.tielist.assign(200, static_cast<char>(kProfileNoScore));
+
+  // 3: lengths and the row of scores
+  c.nlong = st.nbbases;
+  c.nshort = st.nbbases1;
+  c.scorerow.assign(static_cast<std::size_t>(c.nshort) + 1, 0.0f);
+  if (st.m1.isNil() || st.m1.size() < static_cast<std::ptrdiff_t>(c.nshort) + 100) {
+    c.m1copy = MemoryBlock(static_cast<std::ptrdiff_t>(c.nshort) + 100);
+    for (std::ptrdiff_t k = 0; k < st.m1.size() && k < c.m1copy.size(); ++k) c.m1copy.set(k, st.m1.get(k));
+    c.m1 = &c.m1copy;
+  } else {
+    c.m1 = &st.m1;
+  }
+
+  // 4: window size and resamplings. The field's mask takes digits only; a
+  // negative size from elsewhere is taken as 0.
+  c.askedW = toInt(Val(s.EFWS));
+  if (c.askedW < 0) c.askedW = 0;
+  c.W = c.askedW;
+  c.histogram.assign(static_cast<std::size_t>(c.askedW) + 1, 0.0f);
+  c.nresample = toInt(Val(s.EFSD) - 1.0);
+
+  // 5: buffers, the filled start of m2, the random sequence (W as asked).
+  // resampled keeps room for one whole window even where EFSD is negative.
+  c.report.clear();
+  st.m2 = MemoryBlock(static_cast<std::ptrdiff_t>(c.nlong) + 410);
+  int64_t resampledSize = static_cast<int64_t>(c.nresample) + c.askedW + 10;
+  if (resampledSize < static_cast<int64_t>(c.askedW) + 10) resampledSize = static_cast<int64_t>(c.askedW) + 10;
+  c.resampled = MemoryBlock(resampledSize);
+  fillProfileStart(st.m2, c.nlong, kProfileNoScore);
+  drawResampled(c, s.seed);
+
+  // 6: the text of the sequences
+  host.message("Show sequences");
+  if (s.display0) appendSequenceText(c.report, "First sequence", st.m0, c.nlong);
+  if (s.Display1) appendSequenceText(c.report, "Second sequence", *c.m1, c.nshort);
+
+  // 7: clamp the window
+  if (c.nlong < c.W || (c.nshort < c.W && !s.CBCPG)) {
+    c.W = c.nshort < c.nlong ? c.nshort : c.nlong;
+    c.report += "Window size resizes to ";
+    c.report += Str(c.W);
+    c.report += EndOfLine;
+    c.report += EndOfLine;
+  }
+  c.scratch.assign(static_cast<std::size_t>(c.W) + 2, 0);
+
+  // 8: sums, the last window starts
+  c.profile = ScoreSums{};
+  c.h0 = ScoreSums{};
+  host.message("Computing...");
+  c.lastlong = static_cast<int64_t>(c.nlong) - c.W;
+  c.lastshort = static_cast<int64_t>(c.nshort) - c.W;
+
+  // 9: analysis range. EFAnaFrom is a 1-based position, EFAnaTo acts as a
+  // 0-based one: 1 to 100 covers the offsets 0 to 100.
+  c.firstpos = toInt(Val(s.EFAnaFrom) - 1.0);
+  double to = Val(s.EFAnaTo);
+  if (equalsNoCase(s.EFAnaTo, "max") || to > static_cast<double>(c.lastlong)) {
+    c.lastpos = c.lastlong;
+    host.setEFAnaTo("max");
+  } else {
+    c.lastpos = toInt(to);
+  }
+
+  // 10: progress bar, identity threshold
+  host.progress(0, s.progressWidth);
+  c.idthreshold = toSingle(CDbl(s.EFIdentities));
+
+  // 11: the scans
+  if (s.CBCPG) {
+    cpgScan(c);
+  } else {
+    substitutionScan(c);
+    h0Scan(c);
+  }
+
+  if (st.askclose) {
+    out.stopped = true;
+    out.report = std::move(c.report);
+    return out;
+  }
+  finishRun(c, out);
+  out.report = std::move(c.report);
+  return out;
+}
+
+void endOfRun(ComparisonState& st, Form& form, const RunOutcome& out, RunHost& host,
+              const std::function<void()>& graph) {
+  if (out.refused) return;
+  if (!out.stopped) {
+    st.maxgraph = out.maxgraph;
+    form.EF_MaxX = out.EF_MaxX;
+    st.windgraph = out.windgraph;
+    st.meangraph = out.meangraph;
+    st.sdgraph = out.sdgraph;
+    st.omeangraph = out.omeangraph;
+    st.osdgraph = out.osdgraph;
+    st.omaxgraph = out.omaxgraph;
+    st.sumu2bas = out.sumu2bas;
+    st.sumu2up = out.sumu2up;
+    if (graph) graph();
+  }
+  form.Message = "End...";
+  host.message("End...");
+  form.Results = out.report;
+  host.beep();
+}
+
+}  // namespace trelvane

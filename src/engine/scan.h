@@ -1,0 +1,125 @@
+// scan.h -- the working state of one run, shared by its set-up, its scans and its report.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/rowbuffer.h"
+#include "engine/run.h"
+#include "engine/state.h"
+#include "platform/memoryblock.h"
+
+namespace trelvane {
+
+inline constexpr std::string_view EndOfLine = "\n";
+inline constexpr char TAB = '\t';
+
+// The letter of a base code; a byte above 4 is no base and reads as N.
+inline char letterOf(uint8_t code) { return code <= 4 ? kLetters[code] : 'N'; }
+
+// matrice by columns: byLong[l][s] is the cell of shortest base s against
+// longest base l. A column has 256 entries so that any byte indexes it, and
+// bytes above 4 score 0 on either side, as N does.
+struct CellTable {
+  explicit CellTable(const float (&matrice)[5][5]);
+  const float* column(uint8_t l) const { return byLong[l <= 4 ? l : 0]; }
+  float cell(uint8_t s, uint8_t l) const { return column(l)[s]; }
+
+  float byLong[5][256] = {};
+};
+
+// Running sums of a series of best scores, every step in Single.
+struct ScoreSums {
+  float sum = 0, sumsq = 0, count = 0, highest = 0;
+
+  void add(float s) {
+    highest = s > highest ? s : highest;
+    sum = sum + s;
+    float square = s * s;
+    sumsq = sumsq + square;
+    count = count + 1.0f;
+  }
+};
+
+// An Integer result: 32-bit wrap-around, as the product of two Integers gives.
+inline int32_t wrap32(int64_t v) { return static_cast<int32_t>(static_cast<uint32_t>(v)); }
+
+// Everything one run of rumcompute holds between its stages.
+struct RunContext {
+  RunContext(ComparisonState& st, const RunSettings& s, RunHost& host)
+      : st(st), s(s), host(host), cells(st.matrice) {}
+
+  ComparisonState& st;
+  const RunSettings& s;
+  RunHost& host;
+
+  // parameters
+  int32_t nlong = 0, nshort = 0;
+  int32_t askedW = 0;  // W as read, before clamping: sizes of histogram and resampled
+  int32_t W = 0;       // W after clamping
+  int32_t nresample = 0;
+  int64_t firstpos = 0, lastpos = 0;
+  int64_t lastlong = 0, lastshort = 0;
+  float idthreshold = 0;
+  CellTable cells;
+
+  // The shortest sequence as the scan reads it: m1 itself, or a zero-padded
+  // copy where m1 is nil or shorter than nbbases1 says (after a stored result).
+  const MemoryBlock* m1 = nullptr;
+  MemoryBlock m1copy;
+
+  // buffers
+  std::vector<float> scorerow;
+  std::string tielist;
+  MemoryBlock resampled;
+  std::vector<float> histogram;
+  RowBuffer rows;
+  std::string report;
+  std::vector<uint8_t> scratch;  // a window that lies outside a block's padding
+
+  // sums
+  ScoreSums profile;
+  ScoreSums h0;
+
+  bool stopAsked() const { return st.askclose.load(); }
+
+  // The len bytes of a block from off, for reading: a pointer into the block
+  // (or its zero padding), or a copy read through get() when the window lies
+  // further out, as an unchecked EFAnaFrom can ask.
+  const uint8_t* window(const MemoryBlock& b, int64_t off, int64_t len) {
+    if (b.data() && off >= -MemoryBlock::kPad && off + len <= b.size() + MemoryBlock::kPad)
+      return b.data() + off;
+    for (int64_t k = 0; k < len; ++k) scratch[static_cast<std::size_t>(k)] = b.get(off + k);
+    return scratch.data();
+  }
+};
+
+// True where the W bytes from win hold a byte 0 (an N, or no base).
+bool hasN(const uint8_t* win, int32_t W);
+
+// The scalar kernels, the reference of every faster variant.
+// A window pair in full, starting from its first cell, the W - 1 others
+// added one by one and rounded to Single (the scan of the longest sequence).
+float fullScoreFromFirst(const uint8_t* shortWin, const uint8_t* longWin, int32_t W,
+                         const CellTable& cells);
+// A window pair in full from 0.0, W cells added (the random expectation).
+float fullScoreFromZero(const uint8_t* shortWin, const uint8_t* longWin, int32_t W,
+                        const CellTable& cells);
+// One step along every diagonal, for j from lastshort down to 1:
+// scorerow[j] = (scorerow[j - 1] - leaving[m1[j - 1]]) + entering[m1[j + W - 1]],
+// each step rounded to Single. leaving and entering are the matrix columns of
+// the longest side's base that leaves the window and the one that enters.
+void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W,
+                const float* leaving, const float* entering);
+
+// The stages of rumcompute, in their order.
+void appendSequenceText(std::string& report, std::string_view title, const MemoryBlock& m, int32_t n);
+void drawResampled(RunContext& c, uint64_t seed);
+void substitutionScan(RunContext& c);
+void h0Scan(RunContext& c);
+void cpgScan(RunContext& c);
+void finishRun(RunContext& c, RunOutcome& out);
+
+}  // namespace trelvane

@@ -1,0 +1,162 @@
+// scan_scalar.cpp -- the substitution scan along the longest sequence, with the scalar kernels.
+#include <cstring>
+
+#include "engine/profile.h"
+#include "engine/scan.h"
+#include "platform/numtext.h"
+
+namespace trelvane {
+
+CellTable::CellTable(const float (&matrice)[5][5]) {
+  for (int l = 0; l < 5; ++l)
+    for (int s = 0; s < 5; ++s) byLong[l][s] = matrice[s][l];
+}
+
+bool hasN(const uint8_t* win, int32_t W) {
+  return W > 0 && std::memchr(win, 0, static_cast<std::size_t>(W)) != nullptr;
+}
+
+float fullScoreFromFirst(const uint8_t* shortWin, const uint8_t* longWin, int32_t W,
+                         const CellTable& cells) {
+  float s = cells.cell(shortWin[0], longWin[0]);
+  for (int32_t k = 1; k < W; ++k) s = s + cells.cell(shortWin[k], longWin[k]);
+  return s;
+}
+
+float fullScoreFromZero(const uint8_t* shortWin, const uint8_t* longWin, int32_t W,
+                        const CellTable& cells) {
+  float s = 0.0f;
+  for (int32_t k = 0; k < W; ++k) s = s + cells.cell(shortWin[k], longWin[k]);
+  return s;
+}
+
+void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W,
+                const float* leaving, const float* entering) {
+  // Descending, so that scorerow[j - 1] still holds the previous position.
+  for (int64_t j = lastshort; j >= 1; --j) {
+    float s = scorerow[j - 1] - leaving[m1[j - 1]];
+    s = s + entering[m1[j + W - 1]];
+    scorerow[j] = s;
+  }
+}
+
+namespace {
+
+void appendStart(std::string& tielist, int64_t j) {
+  tielist += Str(j + 1);
+  tielist += TAB;
+}
+
+// The alignment of shortest window j against longest window i, both 0-based.
+void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin) {
+  const int32_t W = c.W;
+  const uint8_t* shortWin = c.m1->data() + j;
+  std::string& r = c.report;
+  r += Str(j);
+  r += TAB;
+  r += Str(i);
+  r += EndOfLine;
+  for (int32_t k = 0; k < W; ++k) r += letterOf(shortWin[k]);
+  r += EndOfLine;
+  for (int32_t k = 0; k < W; ++k) r += letterOf(longWin[k]);
+  r += EndOfLine;
+  for (int32_t k = 0; k < W; ++k) r += shortWin[k] == longWin[k] ? '+' : ' ';
+  r += EndOfLine;
+  r += EndOfLine;
+}
+
+// Testing a score s at start j: ties, a new best, the alignment listing.
+inline void testScore(RunContext& c, float s, int64_t j, int64_t i, const uint8_t* longWin,
+                      float& maxscore) {
+  if (s == maxscore) appendStart(c.tielist, j);
+  if (s > maxscore) {
+    maxscore = s;
+    c.tielist.clear();
+    appendStart(c.tielist, j);
+  }
+  if (c.idthreshold <= s) listAlignment(c, j, i, longWin);
+}
+
+void scoredRow(RunContext& c, int64_t i, uint8_t base, float s) {
+  c.profile.add(s);
+  c.st.m2.set(i, profileByte(s, c.W));
+  RowBuffer& rows = c.rows;
+  rows.beginRow();
+  rows.append(Str(i + 1));
+  rows.append(TAB);
+  rows.append(letterOf(base));
+  rows.append(TAB);
+  rows.append(Str(s));
+  rows.append(TAB);
+  std::string_view ties = c.tielist;
+  if (!ties.empty()) ties.remove_suffix(1);
+  rows.append(ties);
+  rows.append(EndOfLine);
+  rows.endRow();
+}
+
+void nRow(RunContext& c, int64_t i, uint8_t base) {
+  c.st.m2.set(i, kProfileN);
+  RowBuffer& rows = c.rows;
+  rows.beginRow();
+  rows.append(Str(i + 1));
+  rows.append(TAB);
+  rows.append(letterOf(base));
+  rows.append("\t0\t0");
+  rows.append(EndOfLine);
+  rows.endRow();
+}
+
+}  // namespace
+
+void substitutionScan(RunContext& c) {
+  const MemoryBlock& m0 = c.st.m0;
+  const uint8_t* m1 = c.m1->data();
+  const int32_t W = c.W;
+  const int64_t lastshort = c.lastshort;
+  float* scorerow = c.scorerow.data();
+
+  // first position, every window pair scored in full
+  int64_t i = c.firstpos;
+  float maxscore = 0.0f;  // tielist still holds the 200 filling characters
+  const uint8_t* win = c.window(m0, i, W + 1);
+  for (int64_t j = 0; j <= lastshort; ++j) {
+    scorerow[j] = fullScoreFromFirst(m1 + j, win, W, c.cells);
+    testScore(c, scorerow[j], j, i, win, maxscore);
+  }
+  if (hasN(win, W)) nRow(c, i, win[0]);
+  else scoredRow(c, i, win[0], maxscore);
+
+  // every further position, by the diagonal recurrence
+  const int32_t span = wrap32(c.lastpos - c.firstpos);
+  const int32_t total = wrap32(static_cast<int64_t>(span) + c.nresample);
+  const int32_t progressstep = toInt(span / 100.0);
+  int32_t counter = 0;
+  for (i = c.firstpos + 1; i <= c.lastpos; ++i) {
+    c.host.doEvents();
+    if (++counter >= progressstep) {
+      int32_t done = wrap32(static_cast<int64_t>(c.s.progressWidth) * wrap32(i - c.firstpos));
+      c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
+      counter = 0;
+    }
+    if (c.stopAsked()) break;
+
+    c.tielist.clear();
+    win = c.window(m0, i, W + 1);
+    advanceRow(scorerow, m1, lastshort, W, c.cells.column(m0.get(i - 1)),
+               c.cells.column(m0.get(i + W - 1)));
+    scorerow[0] = fullScoreFromFirst(m1, win, W, c.cells);
+
+    if (hasN(win, W)) {
+      // The row of scores is kept up to date across the N, untested.
+      nRow(c, i, win[0]);
+      continue;
+    }
+    maxscore = 0.0f;
+    for (int64_t j = lastshort; j >= 1; --j) testScore(c, scorerow[j], j, i, win, maxscore);
+    testScore(c, scorerow[0], 0, i, win, maxscore);
+    scoredRow(c, i, win[0], maxscore);
+  }
+}
+
+}  // namespace trelvane
