@@ -1,0 +1,321 @@
+// redraw.cpp -- trelvane-cli redraw: a stored result drawn again in a new window's Graphic tab.
+#include <cstdio>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/console.h"
+#include "engine/form.h"
+#include "engine/state.h"
+#include "input/panel.h"
+#include "input/result_reader.h"
+#include "input/text_fields.h"
+#include "platform/linereader.h"
+#include "platform/numtext.h"
+#include "plots/graph.h"
+#include "plots/graph_controls.h"
+#include "plots/picture_qt.h"
+#include "plots/shapes_text.h"
+
+namespace trelvane::cli {
+namespace {
+
+const char kRedrawHelp[] =
+    "Usage: trelvane-cli redraw RESULT [OPTION]...\n"
+    "Draw the result file RESULT again, as a new window's Graphic tab shows it\n"
+    "with every control at its default; the options change those controls.\n"
+    "\n"
+    "  --long FILE           a longest sequence read first, for the N bars\n"
+    "  --window N            the window size field (EFWS), which the unit\n"
+    "                        conversion reads\n"
+    "  --cpg                 CpG mode (a plain curve)\n"
+    "  --size WxH            window width and height (400x450; Canvas1 is 48 x 200\n"
+    "                        smaller)\n"
+    "  --default-format      Y labels in the default format, not the decimal point\n"
+    "  --mean-sd random|observed|symmetric\n"
+    "                        the distribution of the mean and SD lines\n"
+    "  --unit frequency|number\n"
+    "                        the Y unit\n"
+    "  --ymin T, --ymax T    the Y scale, in that unit\n"
+    "  --no-maxmin           no maximum to minimum line in columns\n"
+    "  --no-max-h0           no line at the maximum under the random distribution\n"
+    "  --moving-average      moving average over the length of the shortest sequence\n"
+    "  --from T, --to T      the first and last position shown (0-based; max)\n"
+    "  --svg FILE, --pdf FILE, --png FILE\n"
+    "                        the drawing ('-' is standard output)\n"
+    "  --shapes FILE         the shapes of the drawing as text lines\n"
+    "  --help                display this help and exit\n";
+
+struct RedrawOptions {
+  std::optional<std::string> result;
+  std::optional<std::string> longFile;
+  std::optional<std::string> window;
+  bool cpg = false;
+  std::optional<std::string> width, height;
+  bool defaultFormat = false;
+  std::string meanSd = "random";
+  std::string unit = "frequency";
+  std::optional<std::string> ymin, ymax;
+  bool noMaxMin = false, noMaxH0 = false, movingAverage = false;
+  std::optional<std::string> from, to;
+  std::optional<std::string> svg, pdf, png, shapes;
+  bool help = false;
+};
+
+int usage(std::string_view text) {
+  std::fprintf(stderr, "%s: %.*s\nTry '%s redraw --help' for more information.\n", kProgram,
+               static_cast<int>(text.size()), text.data(), kProgram);
+  std::fflush(stderr);
+  return kExitUsage;
+}
+
+int bad(std::string_view text) {
+  std::fprintf(stderr, "%s: %.*s\n", kProgram, static_cast<int>(text.size()), text.data());
+  std::fflush(stderr);
+  return kExitBadInput;
+}
+
+// Fills o from args; false with a sentence in *error on a usage error.
+bool parse(const std::vector<std::string>& args, RedrawOptions& o, std::string* error) {
+  const std::pair<const char*, std::optional<std::string> RedrawOptions::*> valued[] = {
+      {"--long", &RedrawOptions::longFile}, {"--window", &RedrawOptions::window},
+      {"--ymin", &RedrawOptions::ymin},     {"--ymax", &RedrawOptions::ymax},
+      {"--from", &RedrawOptions::from},     {"--to", &RedrawOptions::to},
+      {"--svg", &RedrawOptions::svg},       {"--pdf", &RedrawOptions::pdf},
+      {"--png", &RedrawOptions::png},       {"--shapes", &RedrawOptions::shapes},
+  };
+  const std::pair<const char*, bool RedrawOptions::*> flags[] = {
+      {"--cpg", &RedrawOptions::cpg},
+      {"--default-format", &RedrawOptions::defaultFormat},
+      {"--no-maxmin", &RedrawOptions::noMaxMin},
+      {"--no-max-h0", &RedrawOptions::noMaxH0},
+      {"--moving-average", &RedrawOptions::movingAverage},
+      {"--help", &RedrawOptions::help},
+  };
+  for (std::size_t k = 0; k < args.size(); ++k) {
+    std::string name = args[k];
+    std::optional<std::string> inlineValue;
+    if (name.rfind("--", 0) == 0) {
+      auto eq = name.find('=');
+      if (eq != std::string::npos) {
+        inlineValue = name.substr(eq + 1);
+        name.resize(eq);
+      }
+    }
+    // the value of an option that takes one
+    auto value = [&](std::string* out) {
+      if (inlineValue) {
+        *out = *inlineValue;
+        return true;
+      }
+      if (k + 1 >= args.size()) {
+        *error = "option '" + name + "' requires an argument";
+        return false;
+      }
+      *out = args[++k];
+      return true;
+    };
+    bool known = false;
+    for (const auto& [opt, member] : valued) {
+      if (name != opt) continue;
+      std::string v;
+      if (!value(&v)) return false;
+      o.*member = v;
+      known = true;
+    }
+    for (const auto& [opt, member] : flags) {
+      if (name != opt) continue;
+      if (inlineValue) {
+        *error = "option '" + name + "' doesn't allow an argument";
+        return false;
+      }
+      o.*member = true;
+      known = true;
+    }
+    if (known) continue;
+    if (name == "--size") {
+      std::string v;
+      if (!value(&v)) return false;
+      auto x = v.find_first_of("xX");
+      if (x == std::string::npos || x == 0 || x + 1 == v.size()) {
+        *error = "--size needs WIDTHxHEIGHT, such as 800x600, not '" + v + "'";
+        return false;
+      }
+      o.width = v.substr(0, x);
+      o.height = v.substr(x + 1);
+    } else if (name == "--mean-sd") {
+      if (!value(&o.meanSd)) return false;
+      if (o.meanSd != "random" && o.meanSd != "observed" && o.meanSd != "symmetric") {
+        *error = "--mean-sd takes random, observed or symmetric, not '" + o.meanSd + "'";
+        return false;
+      }
+    } else if (name == "--unit") {
+      if (!value(&o.unit)) return false;
+      if (o.unit != "frequency" && o.unit != "number") {
+        *error = "--unit takes frequency or number, not '" + o.unit + "'";
+        return false;
+      }
+    } else if (name.size() > 1 && name[0] == '-') {
+      *error = "unrecognized option '" + args[k] + "'";
+      return false;
+    } else if (o.result) {
+      *error = "extra operand '" + name + "'";
+      return false;
+    } else {
+      o.result = name;
+    }
+  }
+  if (!o.help && !o.result) {
+    *error = "missing RESULT file";
+    return false;
+  }
+  for (const auto* path : {&o.svg, &o.pdf, &o.png}) {
+    plots::ImageFormat format;
+    if (*path && **path != "-" && !plots::formatOfPath(**path, &format)) {
+      *error = "'" + **path + "': a drawing's file name ends in .svg, .pdf or .png";
+      return false;
+    }
+  }
+  return true;
+}
+
+// A text typed into a field, then the field left: the handler runs only
+// where the text changes, as nothing happens to a field left as it was.
+void typeInto(std::string& field, const std::optional<std::string>& text,
+              const std::function<void()>& lostFocus) {
+  if (text && setFieldText(field, *text)) lostFocus();
+}
+
+// A check box or radio button turned to on; false when it already was.
+bool turnOn(bool& control) {
+  if (control) return false;
+  control = true;
+  return true;
+}
+
+bool turnOff(bool& control) {
+  if (!control) return false;
+  control = false;
+  return true;
+}
+
+// True where the file's first line begins as a stored result does.
+bool isResultFile(const std::string& path) {
+  LineReader reader;
+  if (!reader.open(path)) return false;
+  return startsWithNoCase(reader.readLine(), "Trelvane comparison");
+}
+
+bool writeText(const std::string& path, const std::string& text, std::string* error) {
+  std::FILE* f = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
+  if (!f) {
+    *error = "cannot write " + path;
+    return false;
+  }
+  bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
+  ok = (path == "-" ? std::fflush(f) == 0 : std::fclose(f) == 0) && ok;
+  if (!ok) *error = "cannot write " + path;
+  return ok;
+}
+
+}  // namespace
+
+int runRedraw(const std::vector<std::string>& args) {
+  RedrawOptions o;
+  std::string error;
+  if (!parse(args, o, &error)) return usage(error);
+  if (o.help) {
+    std::fputs(kRedrawHelp, stdout);
+    std::fflush(stdout);
+    return kExitOk;
+  }
+  for (const auto* path : {&o.longFile, &o.result}) {
+    if (*path && !canReadFile(**path, &error)) return bad("cannot read " + **path + ": " + error);
+  }
+  if (!isResultFile(*o.result)) return bad(*o.result + " is not a Trelvane result file");
+
+  // A new window: its open event, every control at its default.
+  ComparisonState st;
+  st.open();
+  Form form;
+  auto graph = [&st, &form] { Graph(st, form); };
+
+  // 1. the longest sequence, as if dropped on GBLong, for the N bars only
+  if (o.longFile) {
+    if (isResultFile(*o.longFile)) return bad(*o.longFile + " is a result file, not a sequence file");
+    openFile(st, form, Route::GBLongDrop, *o.longFile, graph);
+    if (!st.f[0]) return bad("cannot read " + *o.longFile + ": " + form.Message);
+  }
+
+  bool drawn = false;
+  litprevious(st, form, *o.result, [&] {
+    drawn = true;
+    graph();
+  });
+  if (!drawn) return bad("cannot read " + *o.result + ": " + form.Message);
+
+  // 2. window size and CpG mode
+  typeInto(form.EFWS, o.window, [&] { EFWS_LostFocus(form); });
+  if (o.cpg && turnOn(form.CBCPG)) CBCPG_Action(st, form);
+
+  // 3. the window's size, which Canvas1 follows
+  typeInto(form.EFwidth, o.width, [&] { EFwidth_LostFocus(st, form); });
+  typeInto(form.EFHeight, o.height, [&] { EFHeight_LostFocus(st, form); });
+  fitCanvas1(form);
+
+  // 4. number presentation
+  if (o.defaultFormat && turnOn(form.CBUsePoint1)) {
+    form.CBUsePoint = false;
+    CBUsePoint1_Action(st, form);
+  }
+
+  // 5. mean and SD
+  if (o.meanSd != "random" && turnOn(form.RadioButton1)) {
+    form.CBHOSD = false;
+    RadioButton1_Action(st, form);
+  }
+  if (o.meanSd == "symmetric" && turnOn(form.CBSymetrie)) CBSymetrie_Action(st, form);
+
+  // 6. unit, converted through the text of EFWS
+  if (o.unit == "number" && turnOn(form.CBFreqIB1)) {
+    form.CBFreqIB = false;
+    CBFreqIB1_Action(st, form);
+  }
+
+  // 7. the Y scale
+  typeInto(form.EF_MinX, o.ymin, [&] { EF_MinX_LostFocus(st, form); });
+  typeInto(form.EF_MaxX, o.ymax, [&] { EF_MaxX_LostFocus(st, form); });
+
+  // 8. preferences of the curve
+  if (o.noMaxMin && turnOff(form.CBMaxMin)) CBMaxMin_Action(st, form);
+  if (o.noMaxH0 && turnOff(form.CBMaxIdent)) CBMaxIdent_Action(st, form);
+  if (o.movingAverage && turnOn(form.CBMovingShort)) CBMovingShort_Action(st, form);
+
+  // 9. the range
+  typeInto(form.EFFrom, o.from, [&] { EFFrom_LostFocus(st, form); });
+  typeInto(form.EFTo, o.to, [&] { EFTo_LostFocus(st, form); });
+
+  // The drawing that is written: one more Graph, whatever changegraph says.
+  // A nil picture afterwards means that this call stopped at its guard.
+  st.pct.reset();
+  Graph(st, form);
+
+  int status = kExitOk;
+  if (o.shapes && !writeText(*o.shapes, plots::shapesText(st.pct.get(), form), &error)) status = bad(error);
+  const std::pair<const std::optional<std::string>*, plots::ImageFormat> pictures[] = {
+      {&o.svg, plots::ImageFormat::Svg}, {&o.pdf, plots::ImageFormat::Pdf}, {&o.png, plots::ImageFormat::Png}};
+  for (const auto& [path, format] : pictures) {
+    if (!*path) continue;
+    if (!st.pct) {
+      status = bad("nothing to draw (no bases or window size 0): " + **path + " was not written");
+      continue;
+    }
+    if (!plots::writePicture(*st.pct, format, **path, &error)) status = bad(error);
+  }
+  return status;
+}
+
+}  // namespace trelvane::cli

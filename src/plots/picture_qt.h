@@ -1,0 +1,36 @@
+// picture_qt.h -- painting a picture with QPainter, and writing it as SVG, PDF or PNG.
+#pragma once
+
+#include <string>
+
+#include "plots/picture.h"
+
+class QPainter;
+
+namespace trelvane::plots {
+
+enum class ImageFormat { Svg, Pdf, Png };
+
+// Draws the group in its order at (0, 0), then the dot layer. Lines are one
+// pixel wide, texts in "Times" (or the nearest serif) at TextSize pixels with
+// their baseline at Y; a shape with a coordinate that is not finite has no
+// place and is not drawn.
+void paintPicture(QPainter& painter, const Picture& picture);
+
+// Makes a QGuiApplication on the "offscreen" platform when none exists, so
+// that fonts and images work without a window. False when a non-GUI
+// application object is already there.
+bool ensureGuiApplication();
+
+// The format that a file name's extension (.svg, .pdf, .png, any case) asks for.
+bool formatOfPath(const std::string& path, ImageFormat* format);
+
+// Writes the picture at its own size, the same coordinates in every format:
+// SVG (QSvgGenerator), PDF (one page of the picture's size in points), PNG
+// (on white). "-" is standard output. On failure, error gets one line.
+bool writePicture(const Picture& picture, ImageFormat format, const std::string& path, std::string* error);
+
+// writePicture with the format chosen by the extension of path.
+bool writePictureFile(const Picture& picture, const std::string& path, std::string* error);
+
+}  // namespace trelvane::plots
