@@ -4,6 +4,7 @@
 #include "plots/dotplot.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QFile>
 #include <QFont>
 #include <QGuiApplication>
@@ -14,6 +15,10 @@
 #include <QPdfWriter>
 #include <QSvgGenerator>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -142,6 +147,12 @@ bool ensureGuiApplication() {
   static int argc = 3;
   static char arg0[] = "trelvane", arg1[] = "-platform", arg2[] = "offscreen";
   static char* argv[] = {arg0, arg1, arg2, nullptr};
+  // Without a session (a batch job, a cluster node) Qt warns about its
+  // runtime folder on every start; give it a private one of its own.
+  if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+    QByteArray dir = QDir::tempPath().toLocal8Bit() + "/trelvane-runtime-" + QByteArray::number(getuid());
+    if (mkdir(dir.constData(), 0700) == 0 || errno == EEXIST) qputenv("XDG_RUNTIME_DIR", dir);
+  }
   new QGuiApplication(argc, argv);  // lives as long as the process
   return true;
 }

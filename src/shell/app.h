@@ -1,0 +1,57 @@
+// app.h -- the application: start-up, the file type table, App and its version, MenuBar1.
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <string>
+
+class QMenuBar;
+
+namespace trelvane::shell {
+
+class Window1;
+
+// The one entry of the file type table: what the group boxes take, what the
+// open dialogs filter on, and the type of the result file.
+struct FileType {
+  std::string Name;
+  std::string Extensions;
+  std::string MacType;
+  std::string MacCreator;
+};
+const FileType& pTextPlain();
+// The dialogs' filter: plain text files first, then all files, so that a
+// sequence file of any name can be chosen.
+QString openFilter();
+
+// "major.minor.bug packageInfo".
+std::string versionText(int major, int minor, int bug, const std::string& packageInfo);
+
+// The application object: its version, and the window that its File menu
+// makes. It owns no comparison.
+class App {
+ public:
+  App();
+  ~App();
+  static App* instance();
+
+  std::string version;
+  // Opens the about window; set by whoever provides one.
+  std::function<void(App&)> openAboutBox;
+
+  // Event_Open: the version text, then the about window.
+  void Event_Open();
+  // FileNew: a new Window1, independent of the others.
+  static Window1* FileNew_Action();
+};
+
+// MenuBar1 on a window: File (New window, Close, Quit) and Edit (Cut, Copy,
+// Paste, Clear), each item named as the menu names it.
+void buildMenuBar1(QMenuBar* bar, Window1* window);
+
+// _Main after the platform's own start: the file types, App, the first
+// window, the event loop. Returns the loop's exit code.
+int runMain();
+
+}  // namespace trelvane::shell

@@ -1,0 +1,49 @@
+// dotwindow.cpp -- the dot plot window: its size from the range, its canvas, Redraw.
+#include "shell/dotwindow.h"
+
+#include <QPainter>
+#include <QPushButton>
+
+#include "plots/dotplot.h"
+#include "plots/picture_qt.h"
+#include "shell/widgets.h"
+#include "shell/window1.h"
+
+namespace trelvane::shell {
+
+DotWindow::DotWindow(Window1* origine)
+    : QWidget(nullptr, Qt::Window | Qt::WindowCloseButtonHint | Qt::WindowMinimizeButtonHint |
+                           Qt::WindowTitleHint | Qt::CustomizeWindowHint),
+      origine_(origine),
+      st_(origine->sharedState()) {
+  setAttribute(Qt::WA_DeleteOnClose);
+  setObjectName(QStringLiteral("DotWindow"));
+  setWindowTitle(QStringLiteral("Dot Plot"));
+  // PBDot_Action: the range (EFTo and EFFrom repaired), the window's size.
+  const plots::DotPlot plot = plots::PBDot_Action(*st_, origine->form());
+  const plots::DotWindowSize& size = plot.size;
+  setFixedSize(size.width, size.height);
+  lastForm_ = origine->form();
+  pct2_ = plot.picture;
+
+  Canvas2_ = new PictureCanvas(this);
+  Canvas2_->setObjectName(QStringLiteral("Canvas2"));
+  Canvas2_->setGeometry(0, 50, size.canvasWidth, size.canvasHeight);
+  Canvas2_->setFocusPolicy(Qt::NoFocus);
+  Canvas2_->draw = [this](QPainter& painter) {
+    if (pct2_) plots::paintPicture(painter, *pct2_);
+  };
+  PushButton1_ = new QPushButton(QStringLiteral("Redraw"), this);
+  PushButton1_->setObjectName(QStringLiteral("PushButton1"));
+  PushButton1_->setGeometry(14, 16, 94, 22);
+  connect(PushButton1_, &QPushButton::clicked, this, [this] { showPlot(); });
+}
+
+void DotWindow::showPlot() {
+  if (origine_) lastForm_ = origine_->form();
+  pct2_ = plots::showPlot(*st_, lastForm_, Canvas2_->width(), Canvas2_->height());
+  Canvas2_->show();
+  Canvas2_->repaint();
+}
+
+}  // namespace trelvane::shell

@@ -1,0 +1,13 @@
+// screenshots.h -- pictures of every tab after a run of the bundled example, for the documentation.
+#pragma once
+
+#include <QString>
+
+namespace trelvane::shell {
+
+// Opens a window, reads the bundled HUMHBB and V00508 sequences, runs the
+// comparison, then saves screenshot-file.png, -model, -results, -graphic and
+// -pref into dir. Returns 0 on success.
+int takeScreenshots(const QString& dir);
+
+}  // namespace trelvane::shell

@@ -1,0 +1,172 @@
+// window1.h -- the main window: five tabs of controls over one comparison state and its form.
+#pragma once
+
+#include <QMainWindow>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/form.h"
+#include "engine/state.h"
+#include "input/panel.h"
+
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QProgressBar;
+class QPushButton;
+class QTabWidget;
+class QTimer;
+class QAbstractButton;
+
+namespace trelvane {
+struct RunOutcome;
+}
+
+namespace trelvane::shell {
+
+class Anchors;
+class DropBox;
+class EventHook;
+class PictureCanvas;
+
+// One comparison window. Its state is a ComparisonState, shared with a run
+// that may outlive the window, and a Form that the widgets mirror: a user's
+// edit sets the form's field, runs the logic's handler, then every widget is
+// refreshed from the form with its signals blocked.
+class Window1 : public QMainWindow {
+ public:
+  explicit Window1(QWidget* parent = nullptr);
+  ~Window1() override;
+
+  ComparisonState& state() { return *st_; }
+  std::shared_ptr<ComparisonState> sharedState() const { return st_; }
+  Form& form() { return form_; }
+  // The window's area under its menu bar, Width by Height; the controls'
+  // positions are given in its coordinates.
+  QWidget* content() const { return content_; }
+
+  // Seams for what would ask the user: the open dialog of the Filename
+  // buttons and the Save dialog of CBFile (a nil answer is a cancel), and the
+  // seed of a run (the clock when not set).
+  std::function<std::optional<std::string>()> openDialog;
+  std::function<std::optional<std::string>()> saveDialog;
+  std::function<uint64_t()> runSeed;
+  // Called on the run's worker thread at each of its yields; a test acts
+  // there at a known point of the scan.
+  std::function<void()> workerYield;
+  // Each text that a run shows in Message, as it is shown.
+  std::function<void(const std::string&)> messageShown;
+
+  // handlers of the File tab
+  void PBRUN_Action();
+  void BevelButton0_Action();
+  void BevelButton1_Action();
+  void GBLong_DropObject(const QString& path);
+  void GBShort_DropObject(const QString& path);
+  // the menus
+  void EditCopy_Action();
+  void FileClose_Action();
+
+  // Form to widgets, signals blocked.
+  void refresh();
+  // Sets the window's Width and Height (the area under the menu bar).
+  void setContentSize(int width, int height);
+  // What the end of the user's resize does: the size into the form, then
+  // the logic's Event_Resized.
+  void resizeEnded();
+
+  // The run's reports, on the main thread.
+  void runMessage(const std::string& text);
+  void runProgress(int value, int maximum);
+  void runSetEFAnaTo(const std::string& text);
+  void runEnded(const RunOutcome& outcome);
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void build();
+  void buildFileTab(QWidget* page);
+  void buildModelTab(QWidget* page);
+  void buildResultsTab(QWidget* page);
+  void buildGraphicTab(QWidget* page);
+  void buildPrefTab(QWidget* page);
+  void bindAll();
+
+  template <class W>
+  W* add(W* w, const char* name, int left, int top, int width, int height, int locks);
+  QLabel* label(QWidget* parent, const char* name, const char* text, int l, int t, int w, int h,
+                int locks);
+  QLineEdit* field(QWidget* parent, const char* name, const char* text, int l, int t, int w, int h,
+                   int locks, int maskDigits = 0, int limitText = 0, bool alignRight = false);
+  QCheckBox* check(QWidget* parent, const char* name, const char* text, int l, int t, int w, int h,
+                   int locks);
+
+  // bindings: each adds a pusher, and for editable controls a pull on the user's edit
+  using Handler = std::function<void()>;
+  void bindText(QLineEdit* e, std::string Form::*f, Handler onChange = {});
+  void bindPlain(QPlainTextEdit* e, std::string Form::*f, Handler onChange);
+  void bindCheck(QAbstractButton* b, bool Form::*f, Handler onAction = {});
+  void bindRadio(QAbstractButton* b, bool Form::*f, Handler onAction);
+  void bindLabel(QLabel* l, std::string Form::*f);
+  void bindEnabled(QWidget* w, bool Form::*f);
+  void bindVisible(QWidget* w, bool Form::*f);
+  void lostFocus(QLineEdit* e, Handler onLeave);
+  // Return or Enter moves the focus to the partner field, all its text selected.
+  void returnPartner(EventHook* hook, const QString& partnerName);
+  void pullChecks();
+  void edited(const Handler& handler);
+
+  // Graph for the present canvas size, then the canvas repainted.
+  void graph();
+  // A handler of the Graphic and Pref tabs, which may call Graph.
+  void graphHandler(void (*handler)(ComparisonState&, Form&));
+  // EFwidth and EFHeight: the handler, then the window takes the size.
+  void sizeHandler(void (*handler)(ComparisonState&, Form&));
+  void syncCanvasSize();
+  void paintCanvas(QPainter& painter);
+  // A file by one of the four routes, then the path field's insertion point at its end.
+  void openRoute(Route route, const std::optional<std::string>& path);
+  std::optional<std::string> askOpenFile();
+  std::optional<std::string> askSaveFile();
+  void startRun();
+  void PBDot_Action();
+  void repaintNow(QWidget* w);
+
+  std::shared_ptr<ComparisonState> st_;
+  Form form_;
+  QWidget* content_ = nullptr;
+  Anchors* anchors_ = nullptr;
+  QTimer* resizeTimer_ = nullptr;
+  std::vector<std::function<void()>> pushers_;
+  std::vector<std::function<void()>> checkPullers_;
+  bool refreshing_ = false;
+
+ public:
+  // The controls the window's logic reaches directly.
+  QTabWidget* TabPanel1 = nullptr;
+  QPushButton* PBRUN = nullptr;
+  QProgressBar* ProgressBar1 = nullptr;
+  QLabel* Message = nullptr;
+  DropBox* GBLong = nullptr;
+  DropBox* GBShort = nullptr;
+  QLineEdit* EditField0 = nullptr;
+  QLineEdit* EditField1 = nullptr;
+  QPlainTextEdit* Results = nullptr;
+  PictureCanvas* Canvas1 = nullptr;
+  QPlainTextEdit* SeqModel1 = nullptr;
+  QPlainTextEdit* SeqModel2 = nullptr;
+  QComboBox* PupModel = nullptr;
+  QPushButton* PBDot = nullptr;
+};
+
+}  // namespace trelvane::shell

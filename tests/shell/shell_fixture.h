@@ -1,0 +1,136 @@
+// shell_fixture.h -- the application object, temporary files and a shown window for the shell's tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
+#include <QLineEdit>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QtTest/QTest>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "shell/runhost.h"
+#include "shell/window1.h"
+
+namespace trelvane::shell::test {
+
+inline QApplication& qtApp() {
+  static int argc = 1;
+  static char name[] = "shell_tests";
+  static char* argv[] = {name, nullptr};
+  static QApplication* app = [] {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return new QApplication(argc, argv);
+  }();
+  return *app;
+}
+
+inline std::string readBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream out;
+  out << in.rdbuf();
+  return out.str();
+}
+
+inline std::string examplePath(const char* name) { return std::string(TRELVANE_EXAMPLES) + "/" + name; }
+inline std::string goldenPath(const char* name) { return std::string(TRELVANE_TEST_DATA) + "/golden/" + name; }
+
+// Processes events until done() holds; the wait has a generous bound so that
+// a fault shows as a failure, never as a hang.
+// A drag of these URLs onto a group box; true when the box took the drop.
+inline bool dropOn(QWidget* box, const QList<QUrl>& urls) {
+  QMimeData mime;
+  mime.setUrls(urls);
+  QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(box, &enter);
+  if (!enter.isAccepted()) return false;
+  QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(box, &drop);
+  return drop.isAccepted();
+}
+
+template <class Pred>
+bool waitFor(Pred done) {
+  for (int i = 0; i < 12000 && !done(); ++i) {
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    if (!done()) QThread::msleep(5);
+  }
+  return done();
+}
+
+class ShellTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    qtApp();
+    ASSERT_TRUE(dir_.isValid());
+    window_ = new Window1;
+    window_->show();
+    window_->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window_));
+  }
+  void TearDown() override {
+    if (window_) window_->close();
+    runthreads::joinAll();
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+
+  Window1& w() { return *window_; }
+  QWidget* find(const char* name) { return window_->content()->findChild<QWidget*>(QString::fromLatin1(name)); }
+  template <class W>
+  W* find(const char* name) {
+    return window_->content()->findChild<W*>(QString::fromLatin1(name));
+  }
+  // A control's rectangle in window coordinates.
+  QRect rectOf(const char* name) {
+    QWidget* c = find(name);
+    EXPECT_NE(c, nullptr) << name;
+    if (!c) return {};
+    return QRect(c->mapTo(window_->content(), QPoint(0, 0)), c->size());
+  }
+  std::string temp(const char* name, const std::string& bytes) {
+    const std::string path = dir_.filePath(QString::fromLatin1(name)).toStdString();
+    std::ofstream(path, std::ios::binary) << bytes;
+    return path;
+  }
+  std::string tempPath(const char* name) { return dir_.filePath(QString::fromLatin1(name)).toStdString(); }
+  // The Filename buttons with a chosen path (or a cancel) instead of the dialog.
+  void choose(int side, std::optional<std::string> path) {
+    window_->openDialog = [path] { return path; };
+    if (side == 0) window_->BevelButton0_Action();
+    else window_->BevelButton1_Action();
+  }
+  // Text typed into a field, then the focus moved away.
+  void typeInto(const char* name, const QString& text) {
+    auto* e = find<QLineEdit>(name);
+    ASSERT_NE(e, nullptr) << name;
+    e->setFocus(Qt::OtherFocusReason);
+    e->selectAll();
+    QTest::keyClicks(e, text);
+  }
+  // The field loses its focus to the tab bar.
+  void leave(const char* name) {
+    QWidget* e = find(name);
+    ASSERT_NE(e, nullptr) << name;
+    e->setFocus(Qt::OtherFocusReason);
+    ASSERT_TRUE(e->hasFocus()) << name;
+    window_->TabPanel1->setFocus(Qt::TabFocusReason);
+    ASSERT_FALSE(e->hasFocus()) << name;
+  }
+
+  QTemporaryDir dir_;
+  QPointer<Window1> window_;
+};
+
+}  // namespace trelvane::shell::test
