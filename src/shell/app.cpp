@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include "platform/numtext.h"
+#include "shell/aboutbox.h"
 #include "shell/runhost.h"
 #include "shell/window1.h"
 
@@ -136,6 +137,7 @@ int runMain() {
   (void)pTextPlain();
   // 3-4: the application object; its menu handlers are bound per window.
   App app;
+  installAboutBox(app);
   // 5: the first window
   App::FileNew_Action();
   // 6: the event loop, whose start opens the application (Event_Open)
