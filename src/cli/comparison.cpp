@@ -250,6 +250,8 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   // The run, as PBRUN starts it, with the Save dialog answered by --result.
   RunSettings settings = RunSettings::fromForm(form);
   settings.seed = o.seed ? *o.seed : Rnd::clockSeed();
+  settings.kernel = o.kernel.value_or("auto");
+  settings.threads = o.threads.value_or(0);
   // One unit a percent: the console bar needs no pixels.
   settings.progressWidth = 100;
   std::optional<StagingFile> staging;

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 
+#include "engine/scan_kernels.h"
+
 namespace trelvane::cli {
 namespace {
 
@@ -17,6 +19,29 @@ bool parseSeed(const std::string& text, uint64_t& seed) {
   }
   seed = v;
   return true;
+}
+
+// A thread count: a whole number from 0 (every core) to kMaxThreads.
+constexpr int kMaxThreads = 1024;
+bool parseThreads(const std::string& text, int& threads) {
+  if (text.empty() || text.size() > 4) return false;
+  int v = 0;
+  for (char c : text) {
+    if (c < '0' || c > '9') return false;
+    v = v * 10 + (c - '0');
+  }
+  if (v > kMaxThreads) return false;
+  threads = v;
+  return true;
+}
+
+std::string kernelList() {
+  std::string out;
+  for (std::string_view name : scanKernelNames()) {
+    if (!out.empty()) out += ", ";
+    out += name;
+  }
+  return out;
 }
 
 std::string lowerCase(std::string s) {
@@ -147,6 +172,30 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
         return false;
       }
       o.seed = seed;
+    } else if (name == "kernel") {
+      std::string text;
+      if (!value(text)) return false;
+      bool knownName = false;
+      for (std::string_view k : scanKernelNames()) knownName = knownName || k == text;
+      if (!knownName) {
+        *error = "invalid kernel '" + text + "': expected " + kernelList();
+        return false;
+      }
+      if (!findScanKernel(text)) {
+        *error = "kernel '" + text + "' needs an instruction set this processor lacks";
+        return false;
+      }
+      o.kernel = text;
+    } else if (name == "threads") {
+      std::string text;
+      if (!value(text)) return false;
+      int threads = 0;
+      if (!parseThreads(text, threads)) {
+        *error = "invalid thread count '" + text + "': expected a whole number from 0 (every core) to " +
+                 std::to_string(kMaxThreads);
+        return false;
+      }
+      o.threads = threads;
     } else if (name == "model") {
       std::string text;
       if (!value(text)) return false;
@@ -235,6 +284,10 @@ std::string comparisonHelp() {
       "\n"
       "Other:\n"
       "  --seed N              seed of the random resampling (default: the clock)\n"
+      "  --kernel NAME         the scan's kernel: auto (default: the fastest this\n"
+      "                        processor has), scalar, generic, sse2 or avx2; all\n"
+      "                        give the same bytes\n"
+      "  --threads N           use at most N threads (default 0: every core)\n"
       "  --quiet               no progress on standard error\n"
       "  --help                display this help and exit\n"
       "  --version             output version information and exit\n"

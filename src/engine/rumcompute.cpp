@@ -1,4 +1,6 @@
 // rumcompute.cpp -- one comparison run: set-up, the scans in their order, and the end of the run.
+#include <thread>
+
 #include "engine/profile.h"
 #include "engine/run.h"
 #include "engine/scan.h"
@@ -16,6 +18,13 @@ bool hasBase(const MemoryBlock& m0, int32_t n) {
   for (int32_t k = 0; k < n; ++k)
     if (m0.get(k) != 0) return true;
   return false;
+}
+
+// The threads a run may use: RunSettings::threads, or every core for 0.
+int runThreads(const RunSettings& s) {
+  if (s.threads > 0) return s.threads;
+  unsigned cores = std::thread::hardware_concurrency();
+  return cores > 0 ? static_cast<int>(cores) : 1;
 }
 
 }  // namespace
@@ -121,10 +130,15 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
   host.progress(0, s.progressWidth);
   c.idthreshold = toSingle(CDbl(s.EFIdentities));
 
-  // 11: the scans
+  // 11: the scans. The random expectation needs nothing of the scan along
+  // the longest sequence, so with a second core it runs beside it.
+  c.kernel = findScanKernel(s.kernel);
+  if (!c.kernel) c.kernel = findScanKernel("auto");
   if (s.CBCPG) {
     cpgScan(c);
   } else {
+    if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W);
+    if (runThreads(s) >= 2) startH0(c);
     substitutionScan(c);
     h0Scan(c);
   }

@@ -32,6 +32,14 @@ struct RunSettings {
   int progressWidth = 262;
   // The seed of the run's one random generator (Rnd).
   uint64_t seed = 0;
+  // The row kernel of the scans: "auto" (the fastest this processor has),
+  // "scalar" (the reference, cell by cell), "generic", "sse2" or "avx2". A
+  // name the processor cannot run is taken as "auto". Every kernel gives the
+  // same bytes.
+  std::string kernel = "auto";
+  // The most threads a run may use; 0 for every core. With two or more, the
+  // random expectation runs beside the scan along the longest sequence.
+  int threads = 0;
 
   // The controls of the form, with a seed from the clock; resultPath and
   // progressWidth are the window's to fill in.

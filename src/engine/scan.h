@@ -2,12 +2,15 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "engine/rowbuffer.h"
 #include "engine/run.h"
+#include "engine/scan_kernels.h"
 #include "engine/state.h"
 #include "platform/memoryblock.h"
 
@@ -46,6 +49,12 @@ struct ScoreSums {
 // An Integer result: 32-bit wrap-around, as the product of two Integers gives.
 inline int32_t wrap32(int64_t v) { return static_cast<int32_t>(static_cast<uint32_t>(v)); }
 
+class H0Worker;
+// Ends the worker's thread and frees it (defined where the worker is).
+struct H0WorkerEnd {
+  void operator()(H0Worker* w) const;
+};
+
 // Everything one run of rumcompute holds between its stages.
 struct RunContext {
   RunContext(ComparisonState& st, const RunSettings& s, RunHost& host)
@@ -71,7 +80,7 @@ struct RunContext {
   MemoryBlock m1copy;
 
   // buffers
-  std::vector<float> scorerow;
+  ScoreRow scorerow;
   std::string tielist;
   MemoryBlock resampled;
   std::vector<float> histogram;
@@ -82,6 +91,15 @@ struct RunContext {
   // sums
   ScoreSums profile;
   ScoreSums h0;
+  // the text of the last best score written into a row, by its bits
+  std::optional<std::string> lastScoreText;
+  uint32_t lastScoreBits = 0;
+
+  // kernels: the variant, the matrix columns of the fast ones, and the
+  // random expectation running beside the scan on a thread of its own
+  const ScanKernel* kernel = nullptr;
+  std::optional<ScanColumns> columns;
+  std::unique_ptr<H0Worker, H0WorkerEnd> h0worker;  // last: it ends before what it reads goes
 
   bool stopAsked() const { return st.askclose.load(); }
 
@@ -114,10 +132,28 @@ float fullScoreFromZero(const uint8_t* shortWin, const uint8_t* longWin, int32_t
 void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W,
                 const float* leaving, const float* entering);
 
+// The pieces of a position of the substitution scan, shared by its drivers.
+void appendStart(std::string& tielist, int64_t j);
+void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin);
+void scoredRow(RunContext& c, int64_t i, uint8_t base, float s);
+void nRow(RunContext& c, int64_t i, uint8_t base);
+// The first position: every window pair scored in full, tested in rising order.
+void scoreFirstPosition(RunContext& c);
+// The progress step and the stop test of a position or a resampling: the
+// yield, then the bar at units / total of its width when the counter reaches
+// progressstep; true on a stop.
+bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total);
+
 // The stages of rumcompute, in their order.
 void appendSequenceText(std::string& report, std::string_view title, const MemoryBlock& m, int32_t n);
 void drawResampled(RunContext& c, uint64_t seed);
 void substitutionScan(RunContext& c);
+// The substitution scan with a fast row kernel over c.columns.
+void substitutionScanColumns(RunContext& c);
+// Starts the random expectation on a thread of its own, beside the scan
+// along the longest sequence; h0Scan then reports it to the host as if it ran
+// after that scan.
+void startH0(RunContext& c);
 void h0Scan(RunContext& c);
 void cpgScan(RunContext& c);
 void finishRun(RunContext& c, RunOutcome& out);

@@ -1,4 +1,6 @@
 // scan_scalar.cpp -- the substitution scan along the longest sequence, with the scalar kernels.
+#include <algorithm>
+#include <charconv>
 #include <cstring>
 
 #include "engine/profile.h"
@@ -42,8 +44,30 @@ void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W
 
 namespace {
 
+// The plain digits of an integer, as Str gives them, without a string of its own.
+struct Digits {
+  explicit Digits(int64_t v) : end(std::to_chars(buf, buf + sizeof buf, v).ptr) {}
+  std::string_view text() const { return std::string_view(buf, static_cast<std::size_t>(end - buf)); }
+  char buf[24];
+  char* end;
+};
+
+// Str of a Single, kept for the next call: neighbouring positions often
+// share their best score.
+std::string_view scoreText(RunContext& c, float s) {
+  uint32_t bits;
+  std::memcpy(&bits, &s, sizeof bits);
+  if (!c.lastScoreText || bits != c.lastScoreBits) {
+    c.lastScoreText = Str(s);
+    c.lastScoreBits = bits;
+  }
+  return *c.lastScoreText;
+}
+
+}  // namespace
+
 void appendStart(std::string& tielist, int64_t j) {
-  tielist += Str(j + 1);
+  tielist += Digits(j + 1).text();
   tielist += TAB;
 }
 
@@ -65,6 +89,8 @@ void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin) 
   r += EndOfLine;
 }
 
+namespace {
+
 // Testing a score s at start j: ties, a new best, the alignment listing.
 inline void testScore(RunContext& c, float s, int64_t j, int64_t i, const uint8_t* longWin,
                       float& maxscore) {
@@ -77,17 +103,46 @@ inline void testScore(RunContext& c, float s, int64_t j, int64_t i, const uint8_
   if (c.idthreshold <= s) listAlignment(c, j, i, longWin);
 }
 
+}  // namespace
+
+bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total) {
+  c.host.doEvents();
+  if (++counter >= progressstep) {
+    int32_t done = wrap32(static_cast<int64_t>(c.s.progressWidth) * units);
+    c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
+    counter = 0;
+  }
+  return c.stopAsked();
+}
+
 void scoredRow(RunContext& c, int64_t i, uint8_t base, float s) {
   c.profile.add(s);
   c.st.m2.set(i, profileByte(s, c.W));
+  // The fields before the starts, put together first: one append for them
+  // (a Single's text is at most 13 characters, an Integer's 20).
+  const Digits position(i + 1);
+  const std::string_view score = scoreText(c, s);
+  const std::string_view digits = position.text();
   RowBuffer& rows = c.rows;
   rows.beginRow();
-  rows.append(Str(i + 1));
-  rows.append(TAB);
-  rows.append(letterOf(base));
-  rows.append(TAB);
-  rows.append(Str(s));
-  rows.append(TAB);
+  char head[64];
+  if (digits.size() + score.size() + 4 <= sizeof head) {
+    char* p = head;
+    p = std::copy(digits.begin(), digits.end(), p);
+    *p++ = TAB;
+    *p++ = letterOf(base);
+    *p++ = TAB;
+    p = std::copy(score.begin(), score.end(), p);
+    *p++ = TAB;
+    rows.append(std::string_view(head, static_cast<std::size_t>(p - head)));
+  } else {
+    rows.append(digits);
+    rows.append(TAB);
+    rows.append(letterOf(base));
+    rows.append(TAB);
+    rows.append(score);
+    rows.append(TAB);
+  }
   std::string_view ties = c.tielist;
   if (!ties.empty()) ties.remove_suffix(1);
   rows.append(ties);
@@ -99,7 +154,7 @@ void nRow(RunContext& c, int64_t i, uint8_t base) {
   c.st.m2.set(i, kProfileN);
   RowBuffer& rows = c.rows;
   rows.beginRow();
-  rows.append(Str(i + 1));
+  rows.append(Digits(i + 1).text());
   rows.append(TAB);
   rows.append(letterOf(base));
   rows.append("\t0\t0");
@@ -107,39 +162,41 @@ void nRow(RunContext& c, int64_t i, uint8_t base) {
   rows.endRow();
 }
 
-}  // namespace
+void scoreFirstPosition(RunContext& c) {
+  const uint8_t* m1 = c.m1->data();
+  const int64_t i = c.firstpos;
+  float maxscore = 0.0f;  // tielist still holds the 200 filling characters
+  const uint8_t* win = c.window(c.st.m0, i, c.W + 1);
+  for (int64_t j = 0; j <= c.lastshort; ++j) {
+    c.scorerow[j] = fullScoreFromFirst(m1 + j, win, c.W, c.cells);
+    testScore(c, c.scorerow[j], j, i, win, maxscore);
+  }
+  if (hasN(win, c.W)) nRow(c, i, win[0]);
+  else scoredRow(c, i, win[0], maxscore);
+}
 
 void substitutionScan(RunContext& c) {
+  if (!c.kernel->isScalar()) {
+    substitutionScanColumns(c);
+    return;
+  }
   const MemoryBlock& m0 = c.st.m0;
   const uint8_t* m1 = c.m1->data();
   const int32_t W = c.W;
   const int64_t lastshort = c.lastshort;
   float* scorerow = c.scorerow.data();
-
-  // first position, every window pair scored in full
-  int64_t i = c.firstpos;
-  float maxscore = 0.0f;  // tielist still holds the 200 filling characters
-  const uint8_t* win = c.window(m0, i, W + 1);
-  for (int64_t j = 0; j <= lastshort; ++j) {
-    scorerow[j] = fullScoreFromFirst(m1 + j, win, W, c.cells);
-    testScore(c, scorerow[j], j, i, win, maxscore);
-  }
-  if (hasN(win, W)) nRow(c, i, win[0]);
-  else scoredRow(c, i, win[0], maxscore);
+  scoreFirstPosition(c);
 
   // every further position, by the diagonal recurrence
+  int64_t i;
+  float maxscore;
+  const uint8_t* win;
   const int32_t span = wrap32(c.lastpos - c.firstpos);
   const int32_t total = wrap32(static_cast<int64_t>(span) + c.nresample);
   const int32_t progressstep = toInt(span / 100.0);
   int32_t counter = 0;
   for (i = c.firstpos + 1; i <= c.lastpos; ++i) {
-    c.host.doEvents();
-    if (++counter >= progressstep) {
-      int32_t done = wrap32(static_cast<int64_t>(c.s.progressWidth) * wrap32(i - c.firstpos));
-      c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
-      counter = 0;
-    }
-    if (c.stopAsked()) break;
+    if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) break;
 
     c.tielist.clear();
     win = c.window(m0, i, W + 1);
