@@ -19,12 +19,8 @@ const char kHelp[] =
     "Commands:\n"
     "  compare LONG SHORT    profile of the sequence file LONG against SHORT\n"
     "  cpg LONG              CpG profile of LONG alone\n"
-#ifdef TRELVANE_HAVE_REDRAW
     "  redraw RESULT         draw a stored result file again\n"
-#endif
-#ifdef TRELVANE_HAVE_CHECK_UPDATE
     "  check-update          ask the update site for the newest version\n"
-#endif
     "\n"
     "  --help                display this help and exit\n"
     "  --version             output version information and exit\n"
@@ -51,12 +47,8 @@ int cliMain(const std::vector<std::string>& args, const Console& console) {
   }
   if (command == "compare") return runComparison(false, rest, console);
   if (command == "cpg") return runComparison(true, rest, console);
-#ifdef TRELVANE_HAVE_REDRAW
   if (command == "redraw") return runRedraw(rest);
-#endif
-#ifdef TRELVANE_HAVE_CHECK_UPDATE
   if (command == "check-update") return runCheckUpdate(rest);
-#endif
   if (!command.empty() && command[0] == '-')
     return usageError(console, "unrecognized option '" + command + "'");
   return usageError(console, "unknown command '" + command + "'");

@@ -23,20 +23,12 @@
 #include "platform/numtext.h"
 #include "platform/rnd.h"
 
-#ifdef TRELVANE_HAVE_INPUT
 #include "input/panel.h"
 #include "input/text_fields.h"
-#endif
-#ifdef TRELVANE_HAVE_MODEL
-#include TRELVANE_MODEL_HEADER
-#endif
-#ifdef TRELVANE_HAVE_PLOTS
-#include TRELVANE_DOTPLOT_HEADER
-#include TRELVANE_GRAPH_HEADER
-#endif
-#ifdef TRELVANE_HAVE_PLOTS_QT
-#include TRELVANE_WRITER_HEADER
-#endif
+#include "model/aligned.h"
+#include "plots/dotplot.h"
+#include "plots/graph.h"
+#include "plots/picture_qt.h"
 
 namespace trelvane::cli {
 namespace {
@@ -129,16 +121,9 @@ bool checkFiles(const ComparisonOptions& o, const Console& console, int& status)
       return false;
     }
   }
-#ifndef TRELVANE_HAVE_PLOTS_QT
-  if (o.svg || o.pdf || o.png || o.dotplot) {
-    status = usageError(console, "this build of trelvane-cli cannot write pictures");
-    return false;
-  }
-#endif
   return true;
 }
 
-#ifdef TRELVANE_HAVE_PLOTS_QT
 // Writes the profile in the format of its option, whatever the extension;
 // through a temporary file of that format when path is "-".
 bool writeProfile(const Console& console, const plots::Picture& picture,
@@ -150,7 +135,6 @@ bool writeProfile(const Console& console, const plots::Picture& picture,
   removeQuietly(staging);
   return ok;
 }
-#endif
 
 }  // namespace
 
@@ -171,9 +155,6 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
     std::fflush(console.out);
     return kExitOk;
   }
-#if !defined(TRELVANE_HAVE_INPUT) || !defined(TRELVANE_HAVE_RUN)
-  return badInput(console, "this build of trelvane-cli has no sequence reader or engine");
-#else
   int status = kExitOk;
   if (!checkFiles(o, console, status)) return status;
 
@@ -182,9 +163,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   st.open();
   Form form;
   std::function<void()> graph = [&st, &form] {
-#ifdef TRELVANE_HAVE_PLOTS
     Graph(st, form);
-#endif
   };
 
   // The window size first, left as a user leaves the field.
@@ -232,7 +211,6 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
 
   // The substitution model, estimated as Apply would after a paste.
   if (o.model) {
-#ifdef TRELVANE_HAVE_MODEL
     std::string seq1, seq2;
     if (o.aligned1) {
       seq1 = readAlignedFile(*o.aligned1, &error);
@@ -242,9 +220,6 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
     }
     if (!applyModelFromTexts(st, form, *o.model, seq1, seq2, &error))
       return badInput(console, error);
-#else
-    return usageError(console, "this build of trelvane-cli has no substitution model");
-#endif
   }
 
   // The run, as PBRUN starts it, with the Save dialog answered by --result.
@@ -295,7 +270,6 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
                               : !staging->renameTo(*o.result, &error))
       fail(error);
   }
-#ifdef TRELVANE_HAVE_PLOTS_QT
   if (o.svg || o.pdf || o.png || o.dotplot) plots::ensureGuiApplication();
   const std::pair<const std::optional<std::string>*, plots::ImageFormat> pictures[] = {
       {&o.svg, plots::ImageFormat::Svg},
@@ -314,9 +288,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
     plots::DotPlot dots = plots::PBDot_Action(st, form);
     if (!plots::writeDotPlotFile(dots, *o.dotplot, &error)) fail(error);
   }
-#endif
   return status;
-#endif
 }
 
 }  // namespace

@@ -4,10 +4,8 @@
 #include <utility>
 
 #include "platform/numtext.h"
-#ifdef TRELVANE_HAVE_INPUT
 #include "input/panel.h"
 #include "input/text_fields.h"
-#endif
 
 namespace trelvane::cli {
 
@@ -49,11 +47,7 @@ void ConsoleHost::doEvents() {
 }
 
 void ConsoleHost::setEFAnaTo(const std::string& text) {
-#ifdef TRELVANE_HAVE_INPUT
   if (setFieldText(form_.EFAnaTo, text)) EFAnaTo_TextChange(st_, form_);
-#else
-  form_.EFAnaTo = text;
-#endif
 }
 
 void ConsoleHost::setClipboard(const std::string& text) {
