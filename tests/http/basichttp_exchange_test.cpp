@@ -3,32 +3,32 @@
 
 #include <gtest/gtest.h>
 
-#include "eventlog.h"
-#include "fakesocket.h"
+#include "client.h"
+#include "platform/numtext.h"
 
 using namespace trelvane::http;
 using namespace trelvane::http::testing;
 
 namespace {
-
-struct Client {
-  FakeSocket* socket;
-  BasicHTTP http;
-  EventLog log;
-  Client() : socket(new FakeSocket), http(std::unique_ptr<TCPSocket>(socket)), log(http) {}
-};
-
+const std::string kHead = "User-Agent: BasicHTTP/1.0\r\nHost: www.example.com\r\nConnection: close\r\n";
 }  // namespace
+
+// What Init may keep or reset: Command, BufferSize, Mode, ResumeSize, File,
+// Buffer, Size, Type, and the flags HeaderReceived, Connected, IsChunked, ViaGrab, RememberSettings.
+std::string settings(const BasicHTTP& h) {
+  auto b = [](bool v) { return v ? "1" : "0"; };
+  return h.Command + " " + trelvane::Str(h.BufferSize) + " " + std::to_string(h.Mode) + " " +
+         trelvane::Str(h.ResumeSize) + " " + b(h.File != nullptr) + " [" + h.Buffer + "] " + trelvane::Str(h.Size) +
+         " [" + h.Type + "] " + b(h.HeaderReceived) + b(h.Connected) + b(h.IsChunked) + b(h.ViaGrab) +
+         b(h.RememberSettings);
+}
 
 TEST(Init, SetsDefaultsAndKeepsWhatItMust) {
   Client c;
   c.http.Init();
-  EXPECT_EQ(c.http.CRLF, "\r\n");
-  EXPECT_EQ(c.http.Command, "GET");
-  EXPECT_EQ(c.http.BufferSize, 32768);
-  EXPECT_EQ(c.http.Client, "BasicHTTP/1.0");
+  EXPECT_EQ(c.http.CRLF + c.http.Client, "\r\nBasicHTTP/1.0");
+  EXPECT_EQ(settings(c.http), "GET 32768 0 0 0 [] 0 [] 00000");
   ASSERT_TRUE(c.http.Extras);
-
   c.http.Extras->Add("X-Keep", "1");
   auto extras = c.http.Extras;
   c.http.Command = "PUT";
@@ -39,27 +39,13 @@ TEST(Init, SetsDefaultsAndKeepsWhatItMust) {
   c.http.Buffer = "old";
   c.http.Size = 9;
   c.http.Type = "text/html";
-  c.http.HeaderReceived = c.http.Connected = c.http.IsChunked = c.http.ViaGrab = true;
-  c.http.RememberSettings = true;
+  c.http.HeaderReceived = c.http.Connected = c.http.IsChunked = c.http.ViaGrab = c.http.RememberSettings = true;
   c.http.Init();
-  EXPECT_EQ(c.http.Command, "PUT");
-  EXPECT_EQ(c.http.BufferSize, 10);
-  EXPECT_EQ(c.http.Mode, 2);  // kept once
-  EXPECT_EQ(c.http.ResumeSize, 5);
-  EXPECT_TRUE(c.http.File);
-  EXPECT_EQ(c.http.Buffer, "");
-  EXPECT_EQ(c.http.Size, 0);
-  EXPECT_EQ(c.http.Type, "");
-  EXPECT_FALSE(c.http.HeaderReceived || c.http.Connected || c.http.IsChunked || c.http.ViaGrab);
-  EXPECT_FALSE(c.http.RememberSettings);
-
+  EXPECT_EQ(settings(c.http), "PUT 10 2 5 1 [] 0 [] 00000");  // the transfer is kept once
   c.http.Init();
-  EXPECT_EQ(c.http.Mode, 0);
-  EXPECT_EQ(c.http.ResumeSize, 0);
-  EXPECT_FALSE(c.http.File);
+  EXPECT_EQ(settings(c.http), "PUT 10 0 0 0 [] 0 [] 00000");
   EXPECT_EQ(c.http.Extras, extras);  // neither cleared nor replaced
   EXPECT_EQ(c.http.Extras->Get("X-Keep"), "1");
-
   c.http.Command = "POST";
   c.http.Init();
   EXPECT_EQ(c.http.Command, "GET");  // a POST without a form
@@ -79,10 +65,7 @@ TEST(Request, PlainGetWritesExactBytes) {
   c.socket->accept();
   EXPECT_TRUE(c.http.Connected);
   EXPECT_EQ(c.socket->request(),
-            "GET /index.html HTTP/1.1\r\n"
-            "User-Agent: BasicHTTP/1.0\r\n"
-            "Host: www.example.com\r\n"
-            "Connection: close\r\n"
+            "GET /index.html HTTP/1.1\r\n" + kHead +
             "\r\n");
   EXPECT_EQ(c.log.lines, (Lines{"Progress Looking Up Host...", "Progress Waiting For Reply...",
                                 "AddCookies www.example.com|/index.html", "SockConnected"}));
@@ -115,10 +98,7 @@ TEST(Request, EveryHeaderInItsOrder) {
   EXPECT_EQ(c.socket->connections[0].port, 3128);
   c.socket->accept();
   EXPECT_EQ(c.socket->request(),
-            "POST http://u:p@www.example.com:8080/f.cgi HTTP/1.1\r\n"
-            "User-Agent: BasicHTTP/1.0\r\n"
-            "Host: www.example.com\r\n"
-            "Connection: close\r\n"
+            "POST http://u:p@www.example.com:8080/f.cgi HTTP/1.1\r\n" + kHead +
             "Cookie: a=1; b=2\r\n"
             "Content-Type: application/x-www-form-urlencoded\r\n"
             "Content-Length: 9\r\n"
@@ -147,10 +127,7 @@ TEST(Request, QueryFormMovesIntoThePath) {
   c.http.Get("http://www.example.com/find?x=1");
   c.socket->accept();
   EXPECT_EQ(c.socket->request(),
-            "GET /find?x=1?q=a+b HTTP/1.1\r\n"
-            "User-Agent: BasicHTTP/1.0\r\n"
-            "Host: www.example.com\r\n"
-            "Connection: close\r\n"
+            "GET /find?x=1?q=a+b HTTP/1.1\r\n" + kHead +
             "\r\n");
   EXPECT_EQ(c.http.FormData, "");
   EXPECT_EQ(c.http.Path, "/find?x=1?q=a+b");
@@ -162,10 +139,7 @@ TEST(Request, FirstFormOfANewInstanceGoesAsTheBodyOfAGet) {
   c.http.Get("http://www.example.com/f");
   c.socket->accept();
   EXPECT_EQ(c.socket->request(),
-            "GET /f HTTP/1.1\r\n"
-            "User-Agent: BasicHTTP/1.0\r\n"
-            "Host: www.example.com\r\n"
-            "Connection: close\r\n"
+            "GET /f HTTP/1.1\r\n" + kHead +
             "Content-Type: application/x-www-form-urlencoded\r\n"
             "Content-Length: 3\r\n"
             "\r\n"

@@ -78,40 +78,33 @@ TEST(HTTPCookie, DefaultsFillDomainAndPath) {
 }
 
 TEST(HTTPCookie, ParseAnswersWithMatch) {
-  bool ok = true;
-  parsed("id=1; domain=example.com", &ok);
-  EXPECT_FALSE(ok);  // no leading dot
-  parsed("id=1; domain=.example.com", &ok);
-  EXPECT_TRUE(ok);
-  parsed("id=1; domain=.other.org", &ok);
-  EXPECT_FALSE(ok);
-  parsed("id=1; path=/elsewhere", &ok);
-  EXPECT_FALSE(ok);
-  parsed("id=1; max-age=0", &ok);
-  EXPECT_FALSE(ok);  // expiring this very second is expired
+  const std::pair<const char*, bool> rows[] = {
+      {"id=1; domain=example.com", false},  // no leading dot
+      {"id=1; domain=.example.com", true}, {"id=1; domain=.other.org", false}, {"id=1; path=/elsewhere", false},
+      {"id=1; max-age=0", false}};  // expiring this very second is expired
+  for (const auto& [text, want] : rows) {
+    bool ok = !want;
+    parsed(text, &ok);
+    EXPECT_EQ(ok, want) << text;
+  }
 }
 
+// The path is a plain prefix (the path cleaned first), the domain needs a
+// leading dot and three fields, except where IsIP's reading lets it through.
 TEST(HTTPCookie, MatchTestsPathPrefixDomainFormAndTail) {
-  HTTPCookie c;
-  c.Name = "a";
-  c.Domain = ".example.com";
-  c.Path = "/a";
-  EXPECT_TRUE(c.Match("www.example.com", "/ab"));  // plain prefix
-  EXPECT_TRUE(c.Match("WWW.EXAMPLE.COM", "/A/b"));
-  EXPECT_FALSE(c.Match("www.example.org", "/a"));
-  EXPECT_FALSE(c.Match("www.example.com", "/b"));
-  EXPECT_TRUE(c.Match("x.example.com", "a/"));  // the path is cleaned first
-
-  c.Domain = ".x";
-  EXPECT_FALSE(c.Match("a.x", "/a"));  // 2 fields
-  c.Domain = ".x.y";
-  EXPECT_TRUE(c.Match("a.x.y", "/a"));
-  c.Domain = "a.b.c.d";  // IsIP's reading lets it through without a dot
-  EXPECT_TRUE(c.Match("a.b.c.d", "/a"));
-  c.Domain = "192.168.0.1";
-  EXPECT_FALSE(c.Match("192.168.0.1", "/a"));
-  c.Domain = "example.com";
-  EXPECT_FALSE(c.Match("example.com", "/a"));
+  const struct { const char *domain, *host, *path; bool want; } rows[] = {
+      {".example.com", "www.example.com", "/ab", true},  {".example.com", "WWW.EXAMPLE.COM", "/A/b", true},
+      {".example.com", "www.example.org", "/a", false},  {".example.com", "www.example.com", "/b", false},
+      {".example.com", "x.example.com", "a/", true},     {".x", "a.x", "/a", false},
+      {".x.y", "a.x.y", "/a", true},                     {"a.b.c.d", "a.b.c.d", "/a", true},
+      {"192.168.0.1", "192.168.0.1", "/a", false},       {"example.com", "example.com", "/a", false}};
+  for (const auto& r : rows) {
+    HTTPCookie c;
+    c.Name = "a";
+    c.Domain = r.domain;
+    c.Path = "/a";
+    EXPECT_EQ(c.Match(r.host, r.path), r.want) << r.domain << " " << r.host << r.path;
+  }
 }
 
 TEST(HTTPCookie, MaxAgeCountsFromNow) {

@@ -4,92 +4,59 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
 using namespace trelvane::http;
 
+using Texts = std::pair<std::string, std::string>;
+
 TEST(HTTPText, InStrCountsFromOneAndIgnoresCase) {
-  EXPECT_EQ(InStr("abcABC", "BC"), 2);
-  EXPECT_EQ(InStr("Content-LENGTH", "length"), 9);
-  EXPECT_EQ(InStr("abc", "x"), 0);
-  EXPECT_EQ(InStr("a", "abc"), 0);
-  EXPECT_EQ(InStr("abc", ""), 0);
-  EXPECT_EQ(InStr("x\r\n\r\ny", "\r\n\r\n"), 2);
+  const std::pair<Texts, int> rows[] = {{{"abcABC", "BC"}, 2}, {{"Content-LENGTH", "length"}, 9}, {{"abc", "x"}, 0},
+                                        {{"a", "abc"}, 0},     {{"abc", ""}, 0},  {{"x\r\n\r\ny", "\r\n\r\n"}, 2}};
+  for (const auto& [in, want] : rows) EXPECT_EQ(InStr(in.first, in.second), want) << in.first << "/" << in.second;
 }
 
-TEST(HTTPText, FieldsAreCutAtEverySeparator) {
-  EXPECT_EQ(CountFields("a;b;;c", ";"), 4);
-  EXPECT_EQ(NthField("a;b;;c", ";", 3), "");
-  EXPECT_EQ(NthField("a;b;;c", ";", 4), "c");
-  EXPECT_EQ(NthField("a;b;;c", ";", 5), "");
-  EXPECT_EQ(NthField("a;b", ";", 0), "");
-  EXPECT_EQ(CountFields("abc", ";"), 1);
-  EXPECT_EQ(CountFields("", ";"), 0);
-  EXPECT_EQ(CountFields("a;", ";"), 2);
+// Fields are cut at every separator, which ignores case too.
+TEST(HTTPText, FieldsMidLeftRightStayInsideTheText) {
+  const std::pair<const char*, int> counts[] = {{"a;b;;c", 4}, {"abc", 1}, {"", 0}, {"a;", 2}};
+  for (const auto& [text, n] : counts) EXPECT_EQ(CountFields(text, ";"), n) << text;
+  const std::pair<int, std::string> fields[] = {{3, ""}, {4, "c"}, {5, ""}, {0, ""}};
+  for (const auto& [n, want] : fields) EXPECT_EQ(NthField("a;b;;c", ";", n), want) << n;
   EXPECT_EQ(NthField("L1\r\nL2\r\n", "\r\n", 2), "L2");
-  EXPECT_EQ(NthField("aXbxc", "x", 3), "c");  // separators ignore case too
-}
-
-TEST(HTTPText, MidLeftRightStayInsideTheText) {
-  EXPECT_EQ(Mid("abcdef", 3), "cdef");
-  EXPECT_EQ(Mid("abcdef", 3, 2), "cd");
-  EXPECT_EQ(Mid("abc", 5), "");
-  EXPECT_EQ(Mid("abc", 0, 2), "ab");
-  EXPECT_EQ(Mid("abc", 2, -1), "");
-  EXPECT_EQ(Mid("abc", 2, 99), "bc");
-  EXPECT_EQ(Left("abc", 5), "abc");
-  EXPECT_EQ(Left("abc", -1), "");
-  EXPECT_EQ(Right("abc", 2), "bc");
-  EXPECT_EQ(Right("abc", 9), "abc");
-  EXPECT_EQ(Right("abc", 0), "");
+  EXPECT_EQ(NthField("aXbxc", "x", 3), "c");
+  const std::pair<std::string, std::string> cuts[] = {
+      {Mid("abcdef", 3), "cdef"}, {Mid("abcdef", 3, 2), "cd"}, {Mid("abc", 5), ""},   {Mid("abc", 0, 2), "ab"},
+      {Mid("abc", 2, -1), ""},    {Mid("abc", 2, 99), "bc"},   {Left("abc", 5), "abc"}, {Left("abc", -1), ""},
+      {Right("abc", 2), "bc"},    {Right("abc", 9), "abc"},    {Right("abc", 0), ""}};
+  for (const auto& [got, want] : cuts) EXPECT_EQ(got, want);
 }
 
 TEST(HTTPText, TrimReplaceAndHex) {
-  EXPECT_EQ(Trim(" \t a b \r\n"), "a b");
-  EXPECT_EQ(LTrim("  a "), "a ");
-  EXPECT_EQ(RTrim("  a "), "  a");
-  EXPECT_EQ(Trim("   "), "");
-  EXPECT_EQ(Replace("www.WWW.x", "WWW", ""), ".WWW.x");
-  EXPECT_EQ(ReplaceAll("aXax", "x", "-"), "a-a-");
-  EXPECT_EQ(ReplaceAll("\r\r", "\r", "\r\n"), "\r\n\r\n");
-  EXPECT_EQ(ReplaceAll("abc", "", "-"), "abc");
-  EXPECT_EQ(Hex(0), "0");
-  EXPECT_EQ(Hex(10), "A");
-  EXPECT_EQ(Hex(255), "FF");
-  EXPECT_EQ(Hex(0x1F40), "1F40");
+  const std::pair<std::string, std::string> rows[] = {
+      {Trim(" \t a b \r\n"), "a b"}, {LTrim("  a "), "a "}, {RTrim("  a "), "  a"}, {Trim("   "), ""},
+      {Replace("www.WWW.x", "WWW", ""), ".WWW.x"}, {ReplaceAll("aXax", "x", "-"), "a-a-"},
+      {ReplaceAll("\r\r", "\r", "\r\n"), "\r\n\r\n"}, {ReplaceAll("abc", "", "-"), "abc"},
+      {Hex(0) + " " + Hex(10) + " " + Hex(255) + " " + Hex(0x1F40), "0 A FF 1F40"}};
+  for (const auto& [got, want] : rows) EXPECT_EQ(got, want);
 }
 
-TEST(HTTPModule, GetBeforeAndGetAfterGiveEmptyWithoutTheSeparator) {
-  EXPECT_EQ(GetAfter("a=b=c", "="), "b=c");
-  EXPECT_EQ(GetBefore("a=b=c", "="), "a");
-  EXPECT_EQ(GetAfter("secure", "="), "");
-  EXPECT_EQ(GetBefore("secure", "="), "");
-  EXPECT_EQ(GetAfter("x=", "="), "");
-  EXPECT_EQ(GetBefore("=x", "="), "");
-  EXPECT_EQ(GetAfter("HTTP/1.1 200 OK\r\nA: 1", "\r\n"), "A: 1");
-}
-
-TEST(HTTPModule, UnquoteNeedsAQuoteAtBothEnds) {
-  EXPECT_EQ(Unquote("\"abc\""), "abc");
-  EXPECT_EQ(Unquote("\"\""), "");
-  EXPECT_EQ(Unquote("\""), "");
-  EXPECT_EQ(Unquote("\"abc"), "\"abc");
-  EXPECT_EQ(Unquote("abc\""), "abc\"");
-  EXPECT_EQ(Unquote("a\"b\"c"), "a\"b\"c");
-  EXPECT_EQ(Unquote(""), "");
+TEST(HTTPModule, GetBeforeGetAfterAndUnquote) {
+  const std::pair<std::string, std::string> rows[] = {
+      {GetAfter("a=b=c", "="), "b=c"}, {GetBefore("a=b=c", "="), "a"}, {GetAfter("secure", "="), ""},
+      {GetBefore("secure", "="), ""},  {GetAfter("x=", "="), ""},      {GetBefore("=x", "="), ""},
+      {GetAfter("HTTP/1.1 200 OK\r\nA: 1", "\r\n"), "A: 1"},
+      // a quote is needed at both ends
+      {Unquote("\"abc\""), "abc"}, {Unquote("\"\""), ""}, {Unquote("\""), ""}, {Unquote("\"abc"), "\"abc"},
+      {Unquote("abc\""), "abc\""}, {Unquote("a\"b\"c"), "a\"b\"c"}, {Unquote(""), ""}};
+  for (const auto& [got, want] : rows) EXPECT_EQ(got, want);
 }
 
 // The inverted reading is kept: any field reading as a number other than 0
-// makes the answer false.
+// makes the answer false (Val reads the 2 of "2x").
 TEST(HTTPModule, IsIPKeepsItsInvertedReading) {
-  EXPECT_FALSE(IsIP("192.168.0.1"));
-  EXPECT_FALSE(IsIP("127.0.0.1"));
-  EXPECT_TRUE(IsIP("0.0.0.0"));
-  EXPECT_TRUE(IsIP("a.b.c.d"));
-  EXPECT_TRUE(IsIP("www.example.co.uk"));
-  EXPECT_TRUE(IsIP("00.x.0.y"));
-  EXPECT_FALSE(IsIP("a.b.c.1"));
-  EXPECT_FALSE(IsIP("a.b.c.2x"));  // Val reads the leading 2
-  EXPECT_FALSE(IsIP("a.b.c"));
-  EXPECT_FALSE(IsIP("a.b.c.d.e"));
-  EXPECT_FALSE(IsIP(""));
-  EXPECT_TRUE(IsIP("..."));
+  for (const char* text : {"0.0.0.0", "a.b.c.d", "www.example.co.uk", "00.x.0.y", "..."})
+    EXPECT_TRUE(IsIP(text)) << text;
+  for (const char* text : {"192.168.0.1", "127.0.0.1", "a.b.c.1", "a.b.c.2x", "a.b.c", "a.b.c.d.e", ""})
+    EXPECT_FALSE(IsIP(text)) << text;
 }

@@ -50,43 +50,39 @@ std::string replaceAll(std::string s, char a, char b) {
 
 }  // namespace
 
-TEST_F(NginxTest, PageIsDelivered) {
-  http.Get(server->url("/page.html"));
-  run();
-  EXPECT_EQ(log.only({"Progress", "Headers", "Page", "Cancelled", "TCPError"}),
-            (Lines{"Progress Looking Up Host...", "Progress Waiting For Reply...", "Progress Receiving Data...",
-                   "Headers 200|false|false", "Progress Download Complete!",
-                   "Page text/html|<html>Trelvane</html>\n|false"}));
-}
-
-TEST_F(NginxTest, MissingPageIsAProtocolError) {
-  http.Get(server->url("/missing.html"));
-  run();
-  EXPECT_EQ(log.only({"ProtocolError", "Cancelled", "Page"}), (Lines{"ProtocolError 404", "Cancelled"}));
-}
-
-TEST_F(NginxTest, RedirectsAreFollowedFtpIncluded) {
-  http.Get(server->url("/moved"));
-  run();
-  EXPECT_EQ(log.only({"Redirection", "BadRedirection", "Page", "Cancelled"}),
-            (Lines{"Redirection " + server->url("/page.html"), "Page text/html|<html>Trelvane</html>\n|false"}));
-
-  log.clear();
-  http.Get(server->url("/ftp-moved"));
-  ASSERT_TRUE(runUntil([this] { return !log.only({"Page"}).empty(); }));
-  std::string ftp = "ftp://" + server->url("/page.html").substr(7);
-  EXPECT_EQ(log.only({"Redirection", "BadRedirection", "Page", "Cancelled"}),
-            (Lines{"BadRedirection " + ftp, "Cancelled", "Redirection " + ftp,
-                   "Page text/html|<html>Trelvane</html>\n|false"}));
-}
-
-TEST_F(NginxTest, BasicAuthorisationRetriesWithCredentials) {
+TEST_F(NginxTest, PagesErrorsRedirectsAndCredentials) {
+  const std::string page = "Page text/html|<html>Trelvane</html>\n|false";
+  const std::string ftp = "ftp://" + server->url("/page.html").substr(7);
+  const struct {
+    const char* path;
+    std::vector<std::string> prefixes;
+    Lines want;
+  } rows[] = {
+      {"/page.html", {"Progress", "Headers", "Page", "Cancelled", "TCPError"},
+       {"Progress Looking Up Host...", "Progress Waiting For Reply...", "Progress Receiving Data...",
+        "Headers 200|false|false", "Progress Download Complete!", page}},
+      {"/missing.html", {"ProtocolError", "Cancelled", "Page"}, {"ProtocolError 404", "Cancelled"}},
+      {"/moved", {"Redirection", "BadRedirection", "Page", "Cancelled"},
+       {"Redirection " + server->url("/page.html"), page}},
+      {"/ftp-moved", {"Redirection", "BadRedirection", "Page", "Cancelled"},
+       {"BadRedirection " + ftp, "Cancelled", "Redirection " + ftp, page}},
+      {"/private/secret.txt", {"NeedAuthorization", "Headers", "Page", "Cancelled"},
+       {"NeedAuthorization", "Headers 401|false|false", "Headers 200|false|false", "Page text/plain|secret page\n|false"}},
+  };
   log.credentials = std::make_pair(std::string("user"), std::string("secret"));
-  http.Get(server->url("/private/secret.txt"));
-  run();
-  EXPECT_EQ(log.only({"NeedAuthorization", "Headers", "Page", "Cancelled"}),
-            (Lines{"NeedAuthorization", "Headers 401|false|false", "Headers 200|false|false",
-                   "Page text/plain|secret page\n|false"}));
+  for (const auto& r : rows) {
+    log.clear();
+    http.Get(server->url(r.path));
+    ASSERT_TRUE(runUntil([this] { return !log.only({"Page", "File", "ProtocolError"}).empty(); })) << r.path;
+    Lines got;
+    for (const std::string& line : log.lines)
+      for (const std::string& p : r.prefixes)
+        if (line.rfind(p, 0) == 0) {
+          got.push_back(line);
+          break;
+        }
+    EXPECT_EQ(got, r.want) << r.path;
+  }
 }
 
 TEST_F(NginxTest, WrongPasswordEndsWithThe401Page) {

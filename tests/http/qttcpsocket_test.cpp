@@ -49,45 +49,45 @@ void drip(QTcpSocket* conn, std::vector<std::string> pieces, int intervalMs, boo
 
 }  // namespace
 
-TEST(QtTCPSocket, PageThenThePeersCloseDeliversEverything) {
-  ScriptedPeer peer([](QTcpSocket* conn, const std::string&) {
-    write(conn, "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n\r\nall of the body");
-    conn->disconnectFromHost();
-  });
-  QtClient c;
-  c.http.Get(peer.url("/v.html"));
-  ASSERT_TRUE(runUntil([&] { return c.ended(); }));
-  EXPECT_EQ(c.log.only({"Page", "TCPError", "Cancelled"}), (Lines{"Page text/plain|all of the body|false"}));
-  ASSERT_EQ(peer.requests().size(), 1u);
-  EXPECT_EQ(peer.requests()[0],
-            "GET /v.html HTTP/1.1\r\nUser-Agent: BasicHTTP/1.0\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
-}
-
-// Behind a 100 the rest of the same read stays unread; the close hands it
-// over, so the final response still arrives as the body.
-TEST(QtTCPSocket, BytesLeftUnreadAreHandedOverAtTheClose) {
-  ScriptedPeer peer([](QTcpSocket* conn, const std::string&) {
-    write(conn, "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\n\r\nfinal");
-    conn->disconnectFromHost();
-  });
-  QtClient c;
-  c.http.Get(peer.url("/"));
-  ASSERT_TRUE(runUntil([&] { return c.ended(); }));
-  EXPECT_EQ(c.log.only({"Headers", "Page", "Cancelled"}),
-            (Lines{"Headers 100|true|false", "Page |HTTP/1.1 200 OK\r\n\r\nfinal|false"}));
-}
-
-TEST(QtTCPSocket, DrippingBodyArrivesPieceByPiece) {
-  ScriptedPeer peer([](QTcpSocket* conn, const std::string&) {
-    drip(conn, {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", "h", "e", "l", "l", "o"}, 30, false);
-  });
-  QtClient c;
-  c.http.Get(peer.url("/"));
-  ASSERT_TRUE(runUntil([&] { return c.ended(); }));
-  EXPECT_EQ(c.log.pages, (std::vector<std::string>{"hello"}));
-  Lines progress = c.log.only({"Data"});
-  ASSERT_FALSE(progress.empty());
-  EXPECT_EQ(progress.back().substr(0, 9), "Data 5/5/");
+// Peers that answer every request with pieces: at once (then closing, if
+// asked, in the same turn) or one every dripMs.
+TEST(QtTCPSocket, ScriptedPeers) {
+  std::vector<std::string> endless{"HTTP/1.1 200 OK\r\nX-Filler: "};
+  for (int i = 0; i < 64; ++i) endless.emplace_back(16384, 'a');
+  const struct {
+    const char* name;
+    std::vector<std::string> pieces;
+    int dripMs;
+    bool close;
+    int idleMs, pendingLimit;
+    Lines want;  // the Page, Headers, TCPError and Cancelled events
+  } rows[] = {
+      {"page, then the peer's close", {"HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n\r\nall of the body"}, 0,
+       true, 0, 0, {"Headers 200|false|false", "Page text/plain|all of the body|false"}},
+      // behind a 100 the rest of the read stays unread; the close hands it over as the body
+      {"bytes left unread handed over at the close", {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\n\r\nfinal"}, 0,
+       true, 0, 0, {"Headers 100|true|false", "Page |HTTP/1.1 200 OK\r\n\r\nfinal|false"}},
+      {"dripping body", {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", "h", "e", "l", "l", "o"}, 30, false, 0, 0,
+       {"Headers 200|false|false", "Page |hello|false"}},
+      {"silent peer cut off", {"HTTP/1.1 200 OK\r\n"}, 0, false, 300, 0, {"TCPError 110", "Cancelled"}},
+      {"header that never ends cut off", endless, 5, true, 0, 64 * 1024, {"TCPError 111", "Cancelled"}},
+  };
+  for (const auto& r : rows) {
+    ScriptedPeer peer([&r](QTcpSocket* conn, const std::string&) {
+      if (r.dripMs) return drip(conn, r.pieces, r.dripMs, r.close);
+      for (const std::string& piece : r.pieces) write(conn, piece);
+      if (r.close) conn->disconnectFromHost();
+    });
+    QtClient c;
+    if (r.idleMs) c.socket->setIdleLimitMs(r.idleMs);
+    if (r.pendingLimit) c.socket->setPendingLimit(r.pendingLimit);
+    c.http.Get(peer.url("/v.html"));
+    ASSERT_TRUE(runUntil([&] { return c.ended(); })) << r.name;
+    EXPECT_EQ(c.log.only({"Page", "Headers", "TCPError", "Cancelled"}), r.want) << r.name;
+    ASSERT_EQ(peer.requests().size(), 1u);
+    EXPECT_EQ(peer.requests()[0],
+              "GET /v.html HTTP/1.1\r\nUser-Agent: BasicHTTP/1.0\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n");
+  }
 }
 
 TEST(QtTCPSocket, RedirectReconnectsFromInsideTheDataEvent) {
@@ -116,29 +116,6 @@ TEST(QtTCPSocket, RefusedConnectionAndBadPortAreSocketErrors) {
   EXPECT_TRUE(p.log.only({"TCPError"}).empty());  // never from inside Connect
   ASSERT_TRUE(runUntil([&] { return p.ended(); }));
   EXPECT_EQ(p.log.only({"TCPError", "Cancelled"}), (Lines{"TCPError 107", "Cancelled"}));
-}
-
-TEST(QtTCPSocket, HeaderThatNeverEndsIsCutOff) {
-  ScriptedPeer peer([](QTcpSocket* conn, const std::string&) {
-    std::vector<std::string> pieces{"HTTP/1.1 200 OK\r\nX-Filler: "};
-    for (int i = 0; i < 64; ++i) pieces.emplace_back(16384, 'a');
-    drip(conn, pieces, 5, true);
-  });
-  QtClient c;
-  c.socket->setPendingLimit(64 * 1024);
-  c.http.Get(peer.url("/"));
-  ASSERT_TRUE(runUntil([&] { return c.ended(); }));
-  EXPECT_EQ(c.log.only({"TCPError", "Cancelled", "Page"}), (Lines{"TCPError 111", "Cancelled"}));
-  EXPECT_FALSE(c.http.HeaderReceived);
-}
-
-TEST(QtTCPSocket, SilentPeerIsCutOff) {
-  ScriptedPeer peer([](QTcpSocket* conn, const std::string&) { write(conn, "HTTP/1.1 200 OK\r\n"); });
-  QtClient c;
-  c.socket->setIdleLimitMs(300);
-  c.http.Get(peer.url("/"));
-  ASSERT_TRUE(runUntil([&] { return c.ended(); }));
-  EXPECT_EQ(c.log.only({"TCPError", "Cancelled"}), (Lines{"TCPError 110", "Cancelled"}));
 }
 
 TEST(QtTCPSocket, StalledDownloadKeepsWhatCame) {

@@ -4,126 +4,79 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "model/estimation.h"
 
 namespace trelvane {
 namespace {
 
-class Entry : public ::testing::Test {
- protected:
-  void type1(const std::string& text) {
-    form.SeqModel1 = text;
-    SeqModel1_TextChange(form);
-  }
-  void type2(const std::string& text) {
-    form.SeqModel2 = text;
-    SeqModel2_TextChange(form);
-  }
-  void choose(int index) {
-    form.PupModelListIndex = index;
-    PupModel_Change(st, form);
-  }
-  void expectPupModel(bool enabled, int index, const std::string& message) {
-    EXPECT_EQ(form.PupModelEnabled, enabled);
-    EXPECT_EQ(form.PupModelListIndex, index);
-    EXPECT_EQ(form.messModel, message);
-  }
-
-  ComparisonState st;
-  Form form;
+// Scripts of user steps: "1text" or "2text" types text into SeqModel1 or
+// SeqModel2, "cT" chooses TS/TV ("cG" General model) in PupModel; after each
+// step, the state of PupModel: enabled '+' or not '-', on I(dentity), T(S/TV)
+// or G(eneral), message '!' or none '.'.
+const std::vector<std::pair<std::string, std::string>> scripts[] = {
+    {{"1ACGT", "-I!"}},
+    {{"1ACGT", "-I!"}, {"2AGGT", "+I."}},
+    {{"1A C\n", "-I!"}, {"2ACGT", "+I."}, {"2ACG", "-I!"}},                  // blanks count
+    {{"1ACGT", "-I!"}, {"2ACGA", "+I."}, {"cG", "+G."}, {"1", "-I!"}, {"2", "-I."}},  // both emptied
+    {{"1ACGT", "-I!"}, {"2ACGA", "+I."}, {"cT", "+T."}, {"1ACGTA", "-I!"}, {"2ACGAG", "+I."}},
+    {{"1ACGT", "-I!"}, {"2ACGA", "+I."}, {"cG", "+G."}, {"2TCGA", "+G."}, {"1tcga", "+G."}},
 };
 
-TEST_F(Entry, TextInFirstFieldOnlyAsksForAlignment) {
-  type1("ACGT");
-  expectPupModel(false, kIdentity, "The sequences must be aligned");
+TEST(Entry, PupModelFollowsTheLengthsOfTheTexts) {
+  const std::string models = "ITG";
+  for (const auto& script : scripts) {
+    ComparisonState st;
+    Form form;
+    for (const auto& [step, want] : script) {
+      SCOPED_TRACE(script.front().first + " .. " + step);
+      const std::string text = step.substr(1);
+      if (step[0] == '1') form.SeqModel1 = text, SeqModel1_TextChange(form);
+      if (step[0] == '2') form.SeqModel2 = text, SeqModel2_TextChange(form);
+      if (step[0] == 'c') form.PupModelListIndex = int(models.find(text)), PupModel_Change(st, form);
+      EXPECT_EQ(form.PupModelEnabled, want[0] == '+');
+      EXPECT_EQ(form.PupModelListIndex, int(models.find(want[1])));
+      EXPECT_EQ(form.messModel, want[2] == '!' ? "The sequences must be aligned" : "");
+    }
+  }
 }
 
-TEST_F(Entry, EqualLengthsEnablePupModel) {
-  type1("ACGT");
-  type2("AGGT");
-  expectPupModel(true, kIdentity, "");
-}
-
-TEST_F(Entry, BlanksAndLineEndsCountInTheLength) {
-  type1("A C\n");
-  type2("ACGT");
-  expectPupModel(true, kIdentity, "");
-  type2("ACG");
-  expectPupModel(false, kIdentity, "The sequences must be aligned");
-}
-
-TEST_F(Entry, BothEmptiedOneAfterTheOther) {
-  type1("ACGT");
-  type2("ACGA");
-  choose(kGeneral);
-  type1("");
-  expectPupModel(false, kIdentity, "The sequences must be aligned");
-  type2("");
-  expectPupModel(false, kIdentity, "");
-}
-
-TEST_F(Entry, OneLetterMoreResetsTheModelUntilTheOtherFieldFollows) {
-  type1("ACGT");
-  type2("ACGA");
-  choose(kTsTv);
-  expectPupModel(true, kTsTv, "");
-  type1("ACGTA");
-  expectPupModel(false, kIdentity, "The sequences must be aligned");
-  type2("ACGAG");
-  expectPupModel(true, kIdentity, "");
-}
-
-TEST_F(Entry, ChangeThatKeepsTheLengthsKeepsTheModel) {
-  type1("ACGT");
-  type2("ACGA");
-  choose(kGeneral);
-  type2("TCGA");
-  expectPupModel(true, kGeneral, "");
-  type1("tcga");
-  expectPupModel(true, kGeneral, "");
-}
-
-TEST_F(Entry, ChoiceFallsBackToIdentityWhileATextIsEmpty) {
-  form.SeqModel1 = "ACGT";
-  choose(kTsTv);
-  EXPECT_EQ(form.PupModelListIndex, kIdentity);
-  form.SeqModel1.clear();
-  form.SeqModel2 = "ACGT";
-  choose(kGeneral);
-  EXPECT_EQ(form.PupModelListIndex, kIdentity);
-  form.SeqModel1 = "ACGA";
-  choose(kGeneral);
-  EXPECT_EQ(form.PupModelListIndex, kGeneral);
+TEST(Entry, ChoiceFallsBackToIdentityWhileATextIsEmpty) {
+  ComparisonState st;
+  Form form;
+  const struct { const char *s1, *s2; int want; } rows[] = {
+      {"ACGT", "", kIdentity}, {"", "ACGT", kIdentity}, {"ACGA", "ACGT", kGeneral}};
+  for (const auto& row : rows) {
+    form.SeqModel1 = row.s1, form.SeqModel2 = row.s2, form.PupModelListIndex = kGeneral;
+    PupModel_Change(st, form);
+    EXPECT_EQ(form.PupModelListIndex, row.want) << row.s1 << "/" << row.s2;
+  }
   PupModel_Change(form);
   EXPECT_EQ(form.PupModelListIndex, kGeneral);
 }
 
 // With PupModel disabled, Apply always means Identity.
-TEST_F(Entry, UnalignedTextsMakeApplyAnIdentity) {
+TEST(Entry, UnalignedTextsMakeApplyAnIdentity) {
+  ComparisonState st;
   st.open();
-  type1("AAAA");
-  type2("AAGG");
-  choose(kTsTv);
-  type1("AAAAA");
+  Form form;
+  form.SeqModel1 = "AAAA", SeqModel1_TextChange(form);
+  form.SeqModel2 = "AAGG", SeqModel2_TextChange(form);
+  form.PupModelListIndex = kTsTv, PupModel_Change(st, form);
+  form.SeqModel1 = "AAAAA", SeqModel1_TextChange(form);
   Apply_Action(st, form);
   EXPECT_EQ(st.matrice[kA][kA], 1.0f);
   EXPECT_EQ(st.matrice[kA][kG], 0.0f);
-  EXPECT_EQ(st.matrice[kG][kG], 1.0f);
 }
 
-TEST(SeqModelKeyDown, BasesOfEitherCaseAndKeysUpToTheBlankPass) {
-  for (char key : std::string("ATGCatgc ")) EXPECT_FALSE(SeqModel_KeyDown(key)) << key;
+TEST(Entry, KeyFilterPassesBasesAndKeysUpToTheBlank) {
   for (int key = 0; key <= 32; ++key) EXPECT_FALSE(SeqModel_KeyDown(char(key))) << key;
-}
-
-TEST(SeqModelKeyDown, EverythingElseIsSwallowed) {
-  for (char key : std::string("NnUuXx-.*019!~BDEHKMRSVWYbdhkmrsvwy"))
-    EXPECT_TRUE(SeqModel_KeyDown(key)) << key;
-  EXPECT_TRUE(SeqModel_KeyDown(char(127)));
+  for (char key : std::string("ATGCatgc")) EXPECT_FALSE(SeqModel_KeyDown(key)) << key;
   // bytes above 127 are above the blank too, not below it
-  EXPECT_TRUE(SeqModel_KeyDown(char(0xC9)));
-  EXPECT_TRUE(SeqModel_KeyDown(char(0xFF)));
+  for (char key : std::string("NnUuXx-.*019!~BDEHKMRSVWYbdhkmrsvwy\x7f\xc9\xff"))
+    EXPECT_TRUE(SeqModel_KeyDown(key)) << int(key);
 }
 
 }  // namespace

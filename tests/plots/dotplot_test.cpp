@@ -30,12 +30,17 @@ std::string shapeLines(const Picture& p) {
   return out;
 }
 
-std::vector<std::pair<int, int>> dots(const Picture& p) {
-  std::vector<std::pair<int, int>> out;
+// The dots as "x,y " in rows from the top, then the window's and the canvas's sizes.
+std::string dots(const Picture& p) {
+  std::string out;
   for (int y = 0; y < p.dots.height(); ++y)
     for (int x = 0; x < p.dots.width(); ++x)
-      if (p.dots.get(x, y)) out.push_back({x, y});
+      if (p.dots.get(x, y)) out += std::to_string(x) + "," + std::to_string(y) + " ";
   return out;
+}
+std::string sizes(const DotPlot& plot) {
+  return std::to_string(plot.size.width) + "x" + std::to_string(plot.size.height) + " " +
+         std::to_string(plot.size.canvasWidth) + "x" + std::to_string(plot.size.canvasHeight);
 }
 
 TEST(DotPlot, TwoShortSequencesGiveTheirShapesAndDots) {
@@ -44,13 +49,9 @@ TEST(DotPlot, TwoShortSequencesGiveTheirShapesAndDots) {
   Form form;
   DotPlot plot = PBDot_Action(st, form);
   // before a run the range ends at nbbases itself: 0 to 6
-  EXPECT_EQ(plot.size.width, 64);    // 6 + 40, raised to the window's minimum
-  EXPECT_EQ(plot.size.height, 114);  // 3 + 111
-  EXPECT_EQ(plot.size.canvasWidth, 64);
-  EXPECT_EQ(plot.size.canvasHeight, 64);
+  EXPECT_EQ(sizes(plot), "64x114 64x64");  // 6 + 40 raised to the window's minimum, 3 + 111
   ASSERT_TRUE(plot.picture);
-  EXPECT_EQ(plot.picture->width, 64);
-  EXPECT_EQ(plot.picture->height, 64);
+  EXPECT_TRUE(plot.picture->width == 64 && plot.picture->height == 64);
   // dotbottom = 20 + 3 + 1 = 24; dotright = 30 + 6
   EXPECT_EQ(shapeLines(*plot.picture),
             "line 29 20 29 24 0 0 0\n"
@@ -62,8 +63,7 @@ TEST(DotPlot, TwoShortSequencesGiveTheirShapesAndDots) {
             "text 10 44 10 0 Times 1\n"
             "text 16 44 10 0 Times 7\n");
   // A of the shortest (j 0, row 24) at the A of 0 and 5; C (j 2, row 22) at 1; N never
-  std::vector<std::pair<int, int>> expected{{31, 22}, {30, 24}, {35, 24}};
-  EXPECT_EQ(dots(*plot.picture), expected);
+  EXPECT_EQ(dots(*plot.picture), "31,22 30,24 35,24 ");
   EXPECT_EQ(plot.picture->dots.count(), 3u);
 }
 
@@ -72,11 +72,9 @@ TEST(DotPlot, RangeRepairedOnlyByTheButton) {
   setSequences(st, std::string(100, 'A'), "AAAA");
   st.windgraph = 30;
   Form form;
-  form.EFTo = "20";
-  form.EFFrom = "30";
+  form.EFTo = "20", form.EFFrom = "30";
   DotRange r = dotRange(st, form);
-  EXPECT_EQ(r.dotfrom, 0);
-  EXPECT_EQ(r.dotto, 20);
+  EXPECT_TRUE(r.dotfrom == 0 && r.dotto == 20);
   EXPECT_EQ(form.EFFrom, "30");  // Redraw writes nothing back
   DotPlot plot = PBDot_Action(st, form);
   EXPECT_EQ(form.EFFrom, "0");
@@ -89,14 +87,11 @@ TEST(DotPlot, RangeRepairedOnlyByTheButton) {
   PBDot_Action(st, form);
   EXPECT_EQ(form.EFTo, "max");
 
-  form.EFFrom = "10";
-  form.EFTo = "60";
+  form.EFFrom = "10", form.EFTo = "60";
   r = dotRange(st, form);
-  EXPECT_EQ(r.dotfrom, 10);
-  EXPECT_EQ(r.dotto, 60);
+  EXPECT_TRUE(r.dotfrom == 10 && r.dotto == 60);
   plot = PBDot_Action(st, form);
-  EXPECT_EQ(plot.size.width, 90);
-  EXPECT_EQ(plot.size.height, 115);
+  EXPECT_EQ(sizes(plot), "90x115 90x65");
   // X labels show 1-based positions
   const auto& items = plot.picture->Objects.items;
   EXPECT_EQ(std::get<StringShape>(items[items.size() - 2]).Text, "11");
@@ -136,8 +131,7 @@ TEST(DotPlot, LongSequencesStayCompact) {
   setSequences(st, longest, std::string(10000, 'A'));
   Form form;
   DotPlot plot = PBDot_Action(st, form);
-  EXPECT_EQ(plot.size.width, kDotWindowMax);
-  EXPECT_EQ(plot.size.height, 10111);
+  EXPECT_EQ(sizes(plot), std::to_string(kDotWindowMax) + "x10111 " + std::to_string(kDotWindowMax) + "x10061");
   const Picture& p = *plot.picture;
   // A at every fourth position from 0, up to the canvas edge at X 31999
   EXPECT_EQ(p.dots.count(), 7993u * 10000u);

@@ -32,36 +32,27 @@ class Redraw : public ::testing::Test {
   fs::path dir_;
 };
 
-TEST_F(Redraw, CpgResultAtDefaultsGivesGoldenD1) {
-  std::string shapes = out("D1.shapes");
-  ASSERT_EQ(cli::runRedraw({kGolden + "S2.result", "--shapes", shapes}), 0);
-  std::string golden = readFile(kGolden + "D1.shapes");
-  ASSERT_FALSE(golden.empty());
-  EXPECT_EQ(readFile(shapes), golden);
-}
-
-TEST_F(Redraw, NumberUnitObservedRangeGivesGoldenD2) {
-  std::string shapes = out("D2.shapes");
-  ASSERT_EQ(cli::runRedraw({kGolden + "S3.result", "--unit", "number", "--mean-sd", "observed", "--from", "100",
-                            "--to", "350", "--shapes", shapes}),
-            0);
-  EXPECT_EQ(readFile(shapes), readFile(kGolden + "D2.shapes"));
-}
-
-TEST_F(Redraw, DefaultFormatSymmetricLargeWindowGivesGoldenD3) {
-  std::string shapes = out("D3.shapes");
-  ASSERT_EQ(cli::runRedraw({kGolden + "S3.result", "--default-format", "--mean-sd", "symmetric", "--size",
-                            "1000x700", "--shapes", shapes}),
-            0);
-  EXPECT_EQ(readFile(shapes), readFile(kGolden + "D3.shapes"));
-}
-
-TEST_F(Redraw, OptionOrderOnTheCommandLineDoesNotMatter) {
-  std::string shapes = out("D2.shapes");
-  ASSERT_EQ(cli::runRedraw({"--shapes", shapes, "--to", "350", "--from=100", "--mean-sd", "observed",
-                            kGolden + "S3.result", "--unit", "number"}),
-            0);
-  EXPECT_EQ(readFile(shapes), readFile(kGolden + "D2.shapes"));
+// D1: a CpG result at the defaults; D2: number unit, observed mean and SD,
+// a range (its options in any order); D3: default format, symmetric SD, a large window.
+TEST_F(Redraw, GoldenDrawings) {
+  const std::string s = out("d.shapes");
+  const std::pair<const char*, std::vector<std::string>> rows[] = {
+      {"D1", {kGolden + "S2.result", "--shapes", s}},
+      {"D2", {kGolden + "S3.result", "--unit", "number", "--mean-sd", "observed", "--from", "100", "--to", "350",
+              "--shapes", s}},
+      {"D2", {"--shapes", s, "--to", "350", "--from=100", "--mean-sd", "observed", kGolden + "S3.result", "--unit",
+              "number"}},
+      {"D3", {kGolden + "S3.result", "--default-format", "--mean-sd", "symmetric", "--size", "1000x700", "--shapes", s}},
+  };
+  for (const auto& [golden, args] : rows) {
+    ASSERT_EQ(cli::runRedraw(args), 0) << golden;
+    const std::string want = readFile(kGolden + golden + ".shapes");
+    ASSERT_FALSE(want.empty());
+    EXPECT_EQ(readFile(s), want) << golden;
+  }
+  ::testing::internal::CaptureStdout();
+  EXPECT_EQ(cli::runRedraw({kGolden + "S2.result", "--shapes", "-"}), 0);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), readFile(kGolden + "D1.shapes"));
 }
 
 // A result file written by hand: window 10, 60 positions, every byte a
@@ -133,14 +124,6 @@ TEST_F(Redraw, ResultWithWindowZeroWritesOnlyTheFields) {
   EXPECT_NE(::testing::internal::GetCapturedStderr().find("was not written"), std::string::npos);
 }
 
-TEST_F(Redraw, ShapesToStandardOutput) {
-  ::testing::internal::CaptureStdout();
-  int status = cli::runRedraw({kGolden + "S2.result", "--shapes", "-"});
-  std::string text = ::testing::internal::GetCapturedStdout();
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(text, readFile(kGolden + "D1.shapes"));
-}
-
 TEST_F(Redraw, DrawingFilesInEachFormat) {
   std::string svg = out("d.svg"), pdf = out("d.pdf"), png = out("d.png");
   ASSERT_EQ(cli::runRedraw({kGolden + "S3.result", "--svg", svg, "--pdf", pdf, "--png", png}), 0);
@@ -150,16 +133,15 @@ TEST_F(Redraw, DrawingFilesInEachFormat) {
 }
 
 TEST_F(Redraw, ExitStatuses) {
-  struct Case {
-    std::vector<std::string> args;
-    int status;
-    const char* message;
-  };
   std::string notResult = out("plain.fa");
   std::FILE* f = std::fopen(notResult.c_str(), "wb");
   std::fputs(">x\nACGT\n", f);
   std::fclose(f);
-  const Case cases[] = {
+  const struct {
+    std::vector<std::string> args;
+    int status;
+    const char* message;
+  } cases[] = {
       {{out("missing.result")}, 1, "cannot read"},
       {{notResult}, 1, "is not a Trelvane result file"},
       {{kGolden + "S2.result", "--long", out("missing.fa")}, 1, "cannot read"},

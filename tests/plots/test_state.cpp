@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "platform/numtext.h"
+#include "plots/shapes_text.h"
 
 namespace trelvane::testing {
 
@@ -51,6 +52,26 @@ std::vector<plots::StringShape> texts(const ComparisonState& st) {
   for (const auto& s : shapes(st))
     if (auto* t = std::get_if<plots::StringShape>(&s)) out.push_back(*t);
   return out;
+}
+
+std::string curve(const ComparisonState& st) {
+  const auto& all = shapes(st);
+  std::size_t start = 0;
+  for (std::size_t i = 0; i < all.size(); ++i)
+    if (std::holds_alternative<plots::StringShape>(all[i])) start = i + 1;
+  std::ostringstream out;
+  for (std::size_t i = start; i < all.size(); ++i) {
+    const auto& c = std::get<plots::CurveShape>(all[i]);
+    const plots::RGB k = c.BorderColor;
+    const char color = k == plots::RGB{0, 0, 0}         ? 'k'
+                       : k == plots::RGB{200, 200, 200} ? 'm'
+                       : k == plots::RGB{150, 150, 150} ? 'b'
+                                                        : 0;
+    if (!color) continue;
+    out << (out.tellp() > 0 ? "; " : "") << plots::coordinateText(c.X) << " " << plots::coordinateText(c.Y)
+        << " " << plots::coordinateText(c.X2) << " " << plots::coordinateText(c.Y2) << " " << color;
+  }
+  return out.str();
 }
 
 std::string readFile(const std::string& path) {

@@ -27,6 +27,11 @@ std::vector<plots::CurveShape> linesIn(const ComparisonState& st, plots::RGB col
 // The texts of the drawing, in order.
 std::vector<plots::StringShape> texts(const ComparisonState& st);
 
+// The lines drawn after the last text (curve, columns, N bars), the red,
+// green and blue reference lines left out, as "x y x2 y2 c" joined by "; ",
+// c the colour: k black, m the maximum-minimum grey, b the band grey.
+std::string curve(const ComparisonState& st);
+
 std::string readFile(const std::string& path);
 
 }  // namespace trelvane::testing
