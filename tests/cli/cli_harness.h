@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -47,36 +48,58 @@ inline std::string drain(std::FILE* f) {
 
 // Runs the whole program (cliMain) or, with a hook, a comparison command
 // directly; errIsTerminal stands for a stderr that is a terminal.
-inline Captured runCli(const std::vector<std::string>& args, bool errIsTerminal = false) {
+template <class Run>
+Captured capture(bool errIsTerminal, Run run) {
   Console c;
   c.out = std::tmpfile();
   c.err = std::tmpfile();
   c.errIsTerminal = errIsTerminal;
   Captured r;
-  r.status = cliMain(args, c);
+  r.status = run(c);
   r.out = drain(c.out);
   r.err = drain(c.err);
   return r;
 }
 
-inline Captured runWithHook(bool cpg, const std::vector<std::string>& args,
-                            const DoEventsHook& hook) {
-  Console c;
-  c.out = std::tmpfile();
-  c.err = std::tmpfile();
-  Captured r;
-  r.status = runComparison(cpg, args, c, hook);
-  r.out = drain(c.out);
-  r.err = drain(c.err);
-  return r;
+inline Captured runCli(const std::vector<std::string>& args, bool errIsTerminal = false) {
+  return capture(errIsTerminal, [&](Console& c) { return cliMain(args, c); });
 }
 
-inline int countLines(const std::string& s) {
-  int n = 0;
-  for (char ch : s)
-    if (ch == '\n') ++n;
-  return n;
+inline Captured runWithHook(bool cpg, const std::vector<std::string>& args, const DoEventsHook& hook) {
+  return capture(false, [&](Console& c) { return runComparison(cpg, args, c, hook); });
 }
+
+inline int countLines(const std::string& s) { return static_cast<int>(std::count(s.begin(), s.end(), '\n')); }
+
+// The lines of a text, without their line ends.
+inline std::vector<std::string> lines(const std::string& text) {
+  std::vector<std::string> out;
+  std::size_t start = 0;
+  while (start < text.size()) {
+    std::size_t end = text.find('\n', start);
+    if (end == std::string::npos) end = text.size();
+    out.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return out;
+}
+
+// The value after "<key>" on the line that begins with it.
+inline std::string valueOf(const std::string& text, const std::string& key) {
+  for (const std::string& line : lines(text))
+    if (line.rfind(key, 0) == 0) return line.substr(key.size());
+  return "<no " + key + ">";
+}
+
+// The arguments of the golden run S3 (reversed, complemented, short shown),
+// which every kernel must reproduce.
+inline std::vector<std::string> s3Args() {
+  const std::string examples = TRELVANE_EXAMPLES;
+  return {"compare", examples + "/HUMHBB.fa", examples + "/V00508.fa", "--long-reverse", "--long-complement",
+          "--window", "20", "--to", "3000", "--seed", "3", "--resamplings", "300", "--show-short", "--identities", "14"};
+}
+
+inline std::string goldenFile(const std::string& name) { return std::string(TRELVANE_TEST_DATA) + "/golden/" + name; }
 
 // A fresh folder per test, removed afterwards.
 class CliTest : public ::testing::Test {

@@ -8,26 +8,6 @@
 namespace trelvane::cli::testing {
 namespace {
 
-// The lines of a text, without their line ends.
-std::vector<std::string> lines(const std::string& text) {
-  std::vector<std::string> out;
-  std::size_t start = 0;
-  while (start < text.size()) {
-    std::size_t end = text.find('\n', start);
-    if (end == std::string::npos) end = text.size();
-    out.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
-  return out;
-}
-
-// The value after "<key>" on the line that begins with it.
-std::string valueOf(const std::string& text, const std::string& key) {
-  for (const std::string& line : lines(text))
-    if (line.rfind(key, 0) == 0) return line.substr(key.size());
-  return "<no " + key + ">";
-}
-
 // The number of resamplings, as the histogram of a result block counts them:
 // the W + 1 lines "bin TAB count" right behind "Bases1=".
 double histogramTotal(const std::string& block) {
@@ -63,25 +43,56 @@ class Compare : public CliTest {
   std::string longSeq_, longPath_, shortPath_;
 };
 
-// exit statuses
+// exit statuses: bad input exits 1 with one line, a bad option 2, and no output is written
 
-TEST_F(Compare, MissingFileExitsOneWithOneLine) {
-  Captured r = runCli({"compare", path("nothere.fa"), shortPath_, "--report", path("r.txt")});
-  EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.err, "trelvane-cli: cannot read " + path("nothere.fa") +
-                       ": the file does not exist\n");
-  EXPECT_EQ(r.out, "");
-  EXPECT_FALSE(fs::exists(path("r.txt")));
-}
-
-TEST_F(Compare, LengthCheckExitsOne) {
+TEST_F(Compare, FailuresExitBeforeAnyOutput) {
   std::string longer = fasta("longer.fa", pseudoBases(300, 3));
-  Captured r = runCli({"compare", longPath_, longer, "--report", path("r.txt")});
-  EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.err, "trelvane-cli: " + longer +
-                       ": short sequence longer than long sequence ! (300 bases against 200 in " +
-                       longPath_ + ")\n");
-  EXPECT_FALSE(fs::exists(path("r.txt")));
+  std::string stored = path("stored.txt");
+  writeFile(stored, "TRELVANE COMPARISON\nWindow size=30\n#\n");
+  std::string allN = fasta("alln.fa", std::string(120, 'N'));
+  std::string shortN = fasta("shortn.fa", "NNNNUUUUNNNN");
+  std::string empty = path("empty.fa");
+  writeFile(empty, ">nothing here\n");
+  auto noBase = [](const std::string& file) {
+    return "trelvane-cli: " + file + " holds no base (A, C, G or T): nothing to compare\n";
+  };
+  struct Case {
+    std::vector<std::string> args;
+    int status;
+    std::string err;  // the whole of it; with status 2 its first line
+  };
+  const Case cases[] = {
+      {{"compare", path("nothere.fa"), shortPath_},
+       1, "trelvane-cli: cannot read " + path("nothere.fa") + ": the file does not exist\n"},
+      {{"compare", longPath_, longer},
+       1, "trelvane-cli: " + longer + ": short sequence longer than long sequence ! (300 bases against 200 in " +
+              longPath_ + ")\n"},
+      {{"compare", longPath_, stored},
+       1, "trelvane-cli: " + stored + " is a stored result, not a sequence: draw it with 'trelvane-cli redraw'\n"},
+      {{"compare", longPath_, shortPath_, "--rows", path("no/such/rows.txt")},
+       1, "trelvane-cli: cannot write " + path("no/such/rows.txt") + ": the folder " + path("no/such") +
+              " does not exist\n"},
+      {{"compare", allN, shortPath_}, 1, noBase(allN)},
+      {{"compare", longPath_, shortN}, 1, noBase(shortN)},
+      {{"cpg", allN}, 1, noBase(allN)},
+      {{"cpg", empty}, 1, noBase(empty)},
+      {{"compare", longPath_, shortPath_, "--windw", "20"}, 2, "trelvane-cli: unrecognized option '--windw'\n"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> args = c.args;
+    args.insert(args.end(), {"--report", path("r.txt"), "--result", path("o.txt")});
+    Captured r = runCli(args);
+    EXPECT_EQ(r.status, c.status) << c.err;
+    EXPECT_EQ(r.out, "");
+    if (c.status == 2) {
+      EXPECT_EQ(countLines(r.err), 2);
+      EXPECT_EQ(r.err.rfind(c.err, 0), 0u) << r.err;
+    } else {
+      EXPECT_EQ(r.err, c.err);
+    }
+    EXPECT_FALSE(fs::exists(path("r.txt"))) << c.err;
+    EXPECT_FALSE(fs::exists(path("o.txt"))) << c.err;
+  }
 }
 
 TEST_F(Compare, EqualLengthsPassTheLengthCheck) {
@@ -91,77 +102,20 @@ TEST_F(Compare, EqualLengthsPassTheLengthCheck) {
   EXPECT_EQ(valueOf(readFile(path("r.txt")), "Bases1="), "200");
 }
 
-TEST_F(Compare, SequenceWithoutAnyBaseExitsOne) {
-  std::string allN = fasta("alln.fa", std::string(120, 'N'));
-  std::string empty = path("empty.fa");
-  writeFile(empty, ">nothing here\n");
-  struct Case {
-    std::vector<std::string> args;
-    std::string file;
-  };
-  const Case cases[] = {
-      {{"compare", allN, shortPath_}, allN},
-      {{"compare", longPath_, fasta("shortn.fa", "NNNNUUUUNNNN")}, path("shortn.fa")},
-      {{"cpg", allN}, allN},
-      {{"cpg", empty}, empty},
-  };
-  for (const Case& c : cases) {
-    std::vector<std::string> args = c.args;
-    args.insert(args.end(), {"--result", path("o.txt")});
-    Captured r = runCli(args);
-    EXPECT_EQ(r.status, 1) << c.file;
-    EXPECT_EQ(r.err, "trelvane-cli: " + c.file +
-                         " holds no base (A, C, G or T): nothing to compare\n");
-    EXPECT_FALSE(fs::exists(path("o.txt")));
-  }
-}
-
-TEST_F(Compare, BadOptionExitsTwoBeforeReading) {
-  Captured r = runCli({"compare", longPath_, shortPath_, "--windw", "20", "--report",
-                       path("r.txt")});
-  EXPECT_EQ(r.status, 2);
-  EXPECT_EQ(countLines(r.err), 2);
-  EXPECT_EQ(r.err.rfind("trelvane-cli: unrecognized option '--windw'\n", 0), 0u);
-  EXPECT_FALSE(fs::exists(path("r.txt")));
-}
-
-TEST_F(Compare, StoredResultIsNoSequence) {
-  std::string stored = path("stored.txt");
-  writeFile(stored, "TRELVANE COMPARISON\nWindow size=30\n#\n");
-  Captured r = runCli({"compare", longPath_, stored});
-  EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.err, "trelvane-cli: " + stored +
-                       " is a stored result, not a sequence: draw it with 'trelvane-cli redraw'\n");
-}
-
-TEST_F(Compare, OutputIntoAMissingFolderFailsBeforeTheRun) {
-  Captured r = runCli({"compare", longPath_, shortPath_, "--report", path("r.txt"), "--rows",
-                       path("no/such/rows.txt")});
-  EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.err, "trelvane-cli: cannot write " + path("no/such/rows.txt") + ": the folder " +
-                       path("no/such") + " does not exist\n");
-  EXPECT_FALSE(fs::exists(path("r.txt")));
-}
-
 // field order
 
-TEST_F(Compare, WindowIsSetBeforeTheShortSequenceClipsIt) {
-  Captured r = runCli({"compare", longPath_, shortPath_, "--window", "100", "--seed", "4",
-                       "--report", path("r.txt")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  std::string report = readFile(path("r.txt"));
-  EXPECT_EQ(valueOf(report, "Window size="), "60");
-  // litshort clipped EFWS, so the run itself had nothing to clamp.
-  EXPECT_EQ(report.find("Window size resizes to"), std::string::npos);
-}
-
-TEST_F(Compare, WindowIsLimitedTo255WhenLeft) {
-  std::string longer = fasta("l2.fa", pseudoBases(400, 11));
-  std::string shorter = fasta("s2.fa", pseudoBases(300, 12));
-  Captured r = runCli({"compare", longer, shorter, "--window", "300", "--seed", "4",
-                       "--resamplings", "3", "--report", path("r.txt")});
-  ASSERT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(valueOf(readFile(path("r.txt")), "Window size="), "255");
+TEST_F(Compare, WindowIsClippedByTheShortSequenceThenLimitedTo255) {
+  std::string longer = fasta("l2.fa", pseudoBases(400, 11)), shorter = fasta("s2.fa", pseudoBases(300, 12));
+  for (auto [longFile, shortFile, typed, window] :
+       {std::tuple{longPath_, shortPath_, "100", "60"}, std::tuple{longer, shorter, "300", "255"}}) {
+    Captured r = runCli({"compare", longFile, shortFile, "--window", typed, "--seed", "4", "--resamplings", "3",
+                         "--report", path("r.txt")});
+    ASSERT_EQ(r.status, 0) << r.err;
+    std::string report = readFile(path("r.txt"));
+    EXPECT_EQ(valueOf(report, "Window size="), window);
+    // litshort clipped EFWS before the run, which had nothing to clamp.
+    EXPECT_EQ(report.find("Window size resizes to"), std::string::npos);
+  }
 }
 
 TEST_F(Compare, ResamplingsFollowTheFieldsThatWroteThemLast) {

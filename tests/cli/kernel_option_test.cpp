@@ -12,8 +12,7 @@ namespace {
 TEST(KernelOption, NamesAndThreadCountsAreTaken) {
   ComparisonOptions o;
   std::string error;
-  ASSERT_TRUE(parseComparisonOptions(false, {"L", "S", "--kernel", "scalar", "--threads=1"}, o, &error))
-      << error;
+  ASSERT_TRUE(parseComparisonOptions(false, {"L", "S", "--kernel", "scalar", "--threads=1"}, o, &error)) << error;
   EXPECT_EQ(*o.kernel, "scalar");
   EXPECT_EQ(*o.threads, 1);
   ASSERT_TRUE(parseComparisonOptions(true, {"L", "--kernel=generic", "--threads", "0"}, o, &error));
@@ -46,23 +45,15 @@ class KernelRun : public CliTest {};
 // The golden run with alignments listed, through every kernel this processor
 // has, on one thread and on two: the same three files.
 TEST_F(KernelRun, EveryKernelWritesTheGoldenBytes) {
-  const std::string examples = TRELVANE_EXAMPLES;
-  const std::string golden = std::string(TRELVANE_TEST_DATA) + "/golden/";
   for (const ScanKernel& kernel : scanKernels()) {
     for (const char* threads : {"1", "2"}) {
-      std::vector<std::string> args = {"compare", examples + "/HUMHBB.fa", examples + "/V00508.fa",
-                                       "--long-reverse", "--long-complement", "--window", "20",
-                                       "--to", "3000", "--seed", "3", "--resamplings", "300",
-                                       "--show-short", "--identities", "14", "--kernel",
-                                       kernel.name, "--threads", threads};
-      for (const char* kind : {"report", "rows", "result"}) {
-        args.push_back(std::string("--") + kind);
-        args.push_back(path(std::string("S3.") + kind));
-      }
+      std::vector<std::string> args = s3Args();
+      args.insert(args.end(), {"--kernel", kernel.name, "--threads", threads});
+      for (const char* kind : {"report", "rows", "result"}) args.insert(args.end(), {std::string("--") + kind, path(kind)});
       Captured r = runCli(args);
       ASSERT_EQ(r.status, 0) << r.err;
       for (const char* kind : {"report", "rows", "result"})
-        EXPECT_TRUE(readFile(path(std::string("S3.") + kind)) == readFile(golden + "S3." + kind))
+        EXPECT_TRUE(readFile(path(kind)) == readFile(goldenFile(std::string("S3.") + kind)))
             << kernel.name << " on " << threads << " thread(s): S3." << kind << " differs";
     }
   }

@@ -71,41 +71,35 @@ TEST(ComparisonOptions, DefaultsLeaveEveryFieldUntouched) {
 
 TEST(ComparisonOptions, DoubleDashEndsOptions) {
   ComparisonOptions o = parseOk(false, {"--quiet", "--", "--odd-name.fa", "-"});
-  EXPECT_EQ(o.longPath, "--odd-name.fa");
-  EXPECT_EQ(o.shortPath, "-");
+  EXPECT_EQ(o.longPath + " " + o.shortPath, "--odd-name.fa -");
 }
 
 TEST(ComparisonOptions, SeedTakesTheWholeUnsignedRange) {
   EXPECT_EQ(*parseOk(true, {"L", "--seed=18446744073709551615"}).seed, UINT64_MAX);
   EXPECT_EQ(*parseOk(true, {"L", "--seed", "0"}).seed, 0u);
-  EXPECT_NE(parseError(true, {"L", "--seed", "18446744073709551616"}).find("invalid seed"),
-            std::string::npos);
-  EXPECT_NE(parseError(true, {"L", "--seed", "-1"}).find("invalid seed"), std::string::npos);
-  EXPECT_NE(parseError(true, {"L", "--seed", "12x"}).find("invalid seed"), std::string::npos);
-  EXPECT_NE(parseError(true, {"L", "--seed", ""}).find("invalid seed"), std::string::npos);
+  for (const char* bad : {"18446744073709551616", "-1", "12x", ""})
+    EXPECT_NE(parseError(true, {"L", "--seed", bad}).find("invalid seed"), std::string::npos) << bad;
 }
 
 TEST(ComparisonOptions, UsageErrors) {
-  EXPECT_EQ(parseError(false, {"L", "S", "--frobnicate"}), "unrecognized option '--frobnicate'");
-  EXPECT_EQ(parseError(false, {"L", "S", "-q"}), "invalid option -- 'q'");
-  EXPECT_EQ(parseError(false, {"L", "S", "--window"}), "option '--window' requires an argument");
-  EXPECT_EQ(parseError(false, {"L", "S", "--quiet=yes"}),
-            "option '--quiet' doesn't allow an argument");
-  EXPECT_EQ(parseError(false, {}), "missing LONG and SHORT sequence files");
-  EXPECT_EQ(parseError(false, {"L"}), "missing SHORT sequence file");
-  EXPECT_EQ(parseError(true, {}), "missing LONG sequence file");
-  EXPECT_EQ(parseError(true, {"L", "S"}), "unexpected argument 'S'");
-  EXPECT_EQ(parseError(false, {"L", "S", "T"}), "unexpected argument 'T'");
-  EXPECT_EQ(parseError(false, {"L", "S", "--model", "jc69"}),
-            "invalid model 'jc69': expected identity, tstv or general");
-  EXPECT_EQ(parseError(false, {"L", "S", "--model", "tstv"}),
-            "--model tstv and --model general need --aligned FILE1 FILE2");
-  EXPECT_EQ(parseError(false, {"L", "S", "--aligned", "a", "b"}),
-            "--aligned needs --model tstv or --model general");
-  EXPECT_EQ(parseError(false, {"L", "S", "--model", "tstv", "--aligned", "a"}),
-            "option '--aligned' requires two arguments: FILE1 FILE2");
-  EXPECT_EQ(parseError(false, {"L", "S", "--dotplot", "dots.jpg"}),
-            "--dotplot needs a file name ending in .svg, .pdf or .png");
+  struct Case { bool cpg; std::vector<std::string> args; const char* error; };
+  const Case cases[] = {
+      {false, {"L", "S", "--frobnicate"}, "unrecognized option '--frobnicate'"},
+      {false, {"L", "S", "-q"}, "invalid option -- 'q'"},
+      {false, {"L", "S", "--window"}, "option '--window' requires an argument"},
+      {false, {"L", "S", "--quiet=yes"}, "option '--quiet' doesn't allow an argument"},
+      {false, {}, "missing LONG and SHORT sequence files"},
+      {false, {"L"}, "missing SHORT sequence file"},
+      {true, {}, "missing LONG sequence file"},
+      {true, {"L", "S"}, "unexpected argument 'S'"},
+      {false, {"L", "S", "T"}, "unexpected argument 'T'"},
+      {false, {"L", "S", "--model", "jc69"}, "invalid model 'jc69': expected identity, tstv or general"},
+      {false, {"L", "S", "--model", "tstv"}, "--model tstv and --model general need --aligned FILE1 FILE2"},
+      {false, {"L", "S", "--aligned", "a", "b"}, "--aligned needs --model tstv or --model general"},
+      {false, {"L", "S", "--model", "tstv", "--aligned", "a"}, "option '--aligned' requires two arguments: FILE1 FILE2"},
+      {false, {"L", "S", "--dotplot", "dots.jpg"}, "--dotplot needs a file name ending in .svg, .pdf or .png"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(parseError(c.cpg, c.args), c.error);
 }
 
 TEST(ComparisonOptions, HelpStopsTheParse) {
@@ -117,12 +111,9 @@ TEST(ComparisonOptions, HelpStopsTheParse) {
 }
 
 TEST(ComparisonOptions, PictureFormatByExtension) {
-  EXPECT_EQ(pictureFormatOf("a.svg"), "svg");
-  EXPECT_EQ(pictureFormatOf("dir.v2/A.PDF"), "pdf");
-  EXPECT_EQ(pictureFormatOf("x.png"), "png");
-  EXPECT_EQ(pictureFormatOf("dir.svg/plot"), "");
-  EXPECT_EQ(pictureFormatOf("-"), "");
-  EXPECT_EQ(pictureFormatOf("plot.svgz"), "");
+  const std::pair<const char*, const char*> rows[] = {{"a.svg", "svg"},     {"dir.v2/A.PDF", "pdf"}, {"x.png", "png"},
+                                                      {"dir.svg/plot", ""}, {"-", ""},             {"plot.svgz", ""}};
+  for (auto [file, format] : rows) EXPECT_EQ(pictureFormatOf(file), format) << file;
 }
 
 }  // namespace

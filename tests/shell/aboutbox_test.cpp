@@ -16,6 +16,7 @@
 #include "shell/aboutbox.h"
 #include "shell/app.h"
 #include "shell/widgets.h"
+#include "shell_fixture.h"
 #include "update_site.h"
 
 namespace trelvane::shell {
@@ -25,21 +26,10 @@ using test::runFor;
 using test::runUntil;
 using test::UpdateSite;
 
-QApplication& qtApp() {
-  static int argc = 1;
-  static char name[] = "aboutbox_tests";
-  static char* argv[] = {name, nullptr};
-  static QApplication* app = [] {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    return new QApplication(argc, argv);
-  }();
-  return *app;
-}
-
 // Made before any fixture, whose site must find the application's event loop.
 class QtEnvironment : public ::testing::Environment {
  public:
-  void SetUp() override { qtApp(); }
+  void SetUp() override { test::qtApp(); }
 };
 
 [[maybe_unused]] ::testing::Environment* const qtEnvironment =
@@ -68,38 +58,13 @@ class AboutBoxTest : public ::testing::Test {
   std::vector<std::string> opened_;
 };
 
-TEST_F(AboutBoxTest, WindowAndControlsStandAsLaidOut) {
+TEST_F(AboutBoxTest, WindowIsFixedInSizeWithDLHidden) {
   AboutBox* box = open("http://127.0.0.1:" + std::to_string(test::closedPort()) + "/update/");
   EXPECT_EQ(box->windowTitle(), "Trelvon");
   EXPECT_EQ(box->size(), QSize(354, 158));
   EXPECT_EQ(box->minimumSize(), box->maximumSize());  // not resizable
-  const Qt::WindowFlags flags = box->windowFlags();
-  EXPECT_TRUE(flags & Qt::WindowCloseButtonHint);
-  EXPECT_TRUE(flags & Qt::WindowMinimizeButtonHint);
-  EXPECT_FALSE(flags & Qt::WindowMaximizeButtonHint);
-  EXPECT_TRUE(box->isWindow());
-
-  struct Place {
-    const char* name;
-    QRect rect;
-  };
-  for (const Place& p : {Place{"StaticText1", {5, 7, 270, 47}}, Place{"PushButton1", {265, 130, 69, 20}},
-                         Place{"reponseupdate", {20, 60, 314, 58}}, Place{"DL", {20, 130, 93, 20}},
-                         Place{"Canvas1", {280, 1, 74, 47}}}) {
-    auto* w = box->findChild<QWidget*>(p.name);
-    ASSERT_NE(w, nullptr) << p.name;
-    EXPECT_EQ(w->geometry(), p.rect) << p.name;
-  }
-
-  EXPECT_EQ(box->StaticText1->text().count('\n'), 2);
-  EXPECT_TRUE(box->StaticText1->alignment() & Qt::AlignHCenter);
-  EXPECT_EQ(box->StaticText1->palette().color(QPalette::WindowText), QColor(0, 0, 255));
-  EXPECT_EQ(box->PushButton1->text(), "Close");
-  EXPECT_EQ(box->DL->text(), "Download");
+  EXPECT_FALSE(box->windowFlags() & Qt::WindowMaximizeButtonHint);
   EXPECT_TRUE(box->DL->isHidden());
-  EXPECT_TRUE(box->DL->isEnabled());
-  EXPECT_FALSE(box->reponseupdate->isReadOnly());
-  EXPECT_EQ(box->reponseupdate->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOn);
   EXPECT_EQ(box->PushButton1->nextInFocusChain(), box->reponseupdate);
 }
 
@@ -140,13 +105,6 @@ TEST_F(AboutBoxTest, NewVersionShowsDLWhichOpensTheArchiveInTheBrowser) {
   EXPECT_EQ(opened_, std::vector<std::string>{site_.base() + "Trelvane_Mac.zip"});
   runFor(50);
   EXPECT_EQ(site_.paths(), std::vector<std::string>{"/update/version.html"});  // the browser downloads, not we
-}
-
-TEST_F(AboutBoxTest, NoConnectionIsOneLineAndNoDL) {
-  AboutBox* box = open("http://127.0.0.1:" + std::to_string(test::closedPort()) + "/update/");
-  ASSERT_TRUE(runUntil([&] { return box->check().finished(); }));
-  EXPECT_EQ(text(*box), "Your version is 1.0.0 Trelvane for Test\nNo internet connection is available\n");
-  EXPECT_TRUE(box->DL->isHidden());
 }
 
 TEST_F(AboutBoxTest, CloseDuringTheRequestEndsWindowAndConnection) {

@@ -24,8 +24,8 @@ class Runs : public ShellTest {
     w().runSeed = [] { return uint64_t{1}; };
   }
   // HUMHBB against V00508 over 18001 to 22000 with 2000 resamplings, typed
-  // as a user would.
-  void prepareS1() {
+  // as a user would, the clipboard on; with file, the result file too (its path returned).
+  std::string prepareS1(bool file) {
     choose(0, examplePath("HUMHBB.fa"));
     choose(1, examplePath("V00508.fa"));
     typeInto("EFAnaFrom", "18001");
@@ -33,7 +33,13 @@ class Runs : public ShellTest {
     w().TabPanel1->setCurrentIndex(4);
     typeInto("EFSD", "2000");
     w().TabPanel1->setCurrentIndex(0);
-    ASSERT_TRUE(w().PBRUN->isEnabled());
+    EXPECT_TRUE(w().PBRUN->isEnabled());
+    find<QCheckBox>("CBClipboard")->click();
+    if (!file) return {};
+    find<QCheckBox>("CBFile")->click();
+    const std::string out = tempPath("Output.txt");
+    w().saveDialog = [out] { return std::optional<std::string>(out); };
+    return out;
   }
   bool runEnded() { return !w().state().running && w().PBRUN->text() == "Run"; }
 
@@ -41,21 +47,16 @@ class Runs : public ShellTest {
 };
 
 TEST_F(Runs, AWholeRunShowsItsStagesAndGivesTheReportClipboardAndFile) {
-  prepareS1();
-  find<QCheckBox>("CBClipboard")->click();
-  find<QCheckBox>("CBFile")->click();
-  const std::string out = tempPath("Output.txt");
-  w().saveDialog = [out] { return std::optional<std::string>(out); };
+  const std::string out = prepareS1(true);
   w().PBRUN->click();
   EXPECT_EQ(w().PBRUN->text(), "Stop");
   EXPECT_FALSE(w().TabPanel1->isEnabled());
   EXPECT_TRUE(w().PBRUN->isEnabled());
   ASSERT_TRUE(waitFor([&] { return runEnded(); }));
 
-  const std::vector<std::string> stages = {"Show sequences", "Computing...", "Estimate of SD",
-                                           "Preparing the output...", "Writing the output...",
-                                           "Drawing picture...", "End..."};
-  EXPECT_EQ(messages_, stages);
+  EXPECT_EQ(messages_, (std::vector<std::string>{"Show sequences", "Computing...", "Estimate of SD",
+                                                "Preparing the output...", "Writing the output...",
+                                                "Drawing picture...", "End..."}));
   EXPECT_EQ(w().Message->text(), "End...");
   EXPECT_TRUE(w().TabPanel1->isEnabled());
   EXPECT_FALSE(w().state().askclose);
@@ -73,11 +74,7 @@ TEST_F(Runs, AWholeRunShowsItsStagesAndGivesTheReportClipboardAndFile) {
 }
 
 TEST_F(Runs, StopDuringTheFirstScanEndsAfterTheFirstResampling) {
-  prepareS1();
-  find<QCheckBox>("CBClipboard")->click();
-  find<QCheckBox>("CBFile")->click();
-  const std::string out = tempPath("Output.txt");
-  w().saveDialog = [out] { return std::optional<std::string>(out); };
+  const std::string out = prepareS1(true);
   QGuiApplication::clipboard()->setText(QStringLiteral("held before"));
   // The click on Stop is taken at the run's first yield, in the first scan.
   std::atomic<bool> clicked{false};
@@ -98,9 +95,8 @@ TEST_F(Runs, StopDuringTheFirstScanEndsAfterTheFirstResampling) {
   w().PBRUN->click();
   ASSERT_TRUE(waitFor([&] { return runEnded(); }));
 
-  const std::vector<std::string> stages = {"Show sequences", "Computing...", "Stopping...", "Estimate of SD",
-                                           "End..."};
-  EXPECT_EQ(messages_, stages);
+  EXPECT_EQ(messages_, (std::vector<std::string>{"Show sequences", "Computing...", "Stopping...", "Estimate of SD",
+                                                "End..."}));
   EXPECT_FALSE(dropTaken);
   EXPECT_EQ(w().state().nbbases1, 3919);
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "held before");
@@ -114,8 +110,7 @@ TEST_F(Runs, StopDuringTheFirstScanEndsAfterTheFirstResampling) {
 }
 
 TEST_F(Runs, ClosingTheWindowDuringARunStopsItHarmlessly) {
-  prepareS1();
-  find<QCheckBox>("CBClipboard")->click();
+  prepareS1(false);
   QGuiApplication::clipboard()->setText(QStringLiteral("held before"));
   std::shared_ptr<ComparisonState> st = w().sharedState();
   std::atomic<bool> asked{false}, closed{false};
@@ -150,8 +145,7 @@ TEST_F(Runs, ClosingTheWindowDuringARunStopsItHarmlessly) {
 }
 
 TEST_F(Runs, ReturnInAFieldPressesTheDefaultButton) {
-  choose(0, temp("long.fa", ">long\nACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGT\n"));
-  choose(1, temp("short.fa", ">short\nACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCA\n"));
+  chooseBoth();
   auto* ws = find<QLineEdit>("EFWS");
   ws->setFocus();
   QTest::keyClick(ws, Qt::Key_Return);
@@ -170,8 +164,7 @@ TEST_F(Runs, ReturnInAFieldPressesTheDefaultButton) {
 }
 
 TEST_F(Runs, ACancelledSaveDialogLeavesNoFileAndTheRunGoesOn) {
-  choose(0, temp("long.fa", ">long\nACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGT\n"));
-  choose(1, temp("short.fa", ">short\nACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCA\n"));
+  chooseBoth();
   find<QCheckBox>("CBFile")->click();
   int asked = 0;
   w().saveDialog = [&asked] {

@@ -27,7 +27,7 @@ namespace trelvane::shell::test {
 
 inline QApplication& qtApp() {
   static int argc = 1;
-  static char name[] = "shell_tests";
+  static char name[] = "trelvane_shell_tests";
   static char* argv[] = {name, nullptr};
   static QApplication* app = [] {
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -43,11 +43,13 @@ inline std::string readBytes(const std::string& path) {
   return out.str();
 }
 
+const std::string kLong = ">long title\n" + std::string("ACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGT") + "\n";
+const std::string kShort = ">short title\nACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCA\n";
+
+inline QList<QUrl> fileUrl(const std::string& path) { return {QUrl::fromLocalFile(QString::fromStdString(path))}; }
 inline std::string examplePath(const char* name) { return std::string(TRELVANE_EXAMPLES) + "/" + name; }
 inline std::string goldenPath(const char* name) { return std::string(TRELVANE_TEST_DATA) + "/golden/" + name; }
 
-// Processes events until done() holds; the wait has a generous bound so that
-// a fault shows as a failure, never as a hang.
 // A drag of these URLs onto a group box; true when the box took the drop.
 inline bool dropOn(QWidget* box, const QList<QUrl>& urls) {
   QMimeData mime;
@@ -60,6 +62,8 @@ inline bool dropOn(QWidget* box, const QList<QUrl>& urls) {
   return drop.isAccepted();
 }
 
+// Processes events until done() holds; the wait has a generous bound so that
+// a fault shows as a failure, never as a hang.
 template <class Pred>
 bool waitFor(Pred done) {
   for (int i = 0; i < 12000 && !done(); ++i) {
@@ -105,6 +109,11 @@ class ShellTest : public ::testing::Test {
     return path;
   }
   std::string tempPath(const char* name) { return dir_.filePath(QString::fromLatin1(name)).toStdString(); }
+  // Both sequences chosen through the Filename buttons.
+  void chooseBoth() {
+    choose(0, temp("long.fa", kLong));
+    choose(1, temp("short.fa", kShort));
+  }
   // The Filename buttons with a chosen path (or a cancel) instead of the dialog.
   void choose(int side, std::optional<std::string> path) {
     window_->openDialog = [path] { return path; };

@@ -96,48 +96,33 @@ class UpdateCheckTest : public ::testing::Test {
   std::vector<std::string> texts_;
 };
 
-TEST_F(UpdateCheckTest, EqualVersionIsUpToDate) {
-  site_.on("/update/version.html", UpdateSite::page("1.0.0\nThe first release\n"));
-  auto check = startCheck(site_.base());
-  ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-  EXPECT_EQ(check->stage(), UpdateCheck::Stage::UpToDate);
-  EXPECT_EQ(check->text(), "Your version is 1.0.0 Trelvane for Test\nUp-to-date version is 1.0.0\nYou're up-to-date !");
-  EXPECT_FALSE(check->DLVisible());
-  ASSERT_EQ(site_.requests().size(), 1u);
-  EXPECT_EQ(site_.requests()[0], test::versionRequest());
-  // every stage replaced the one before
-  EXPECT_EQ(texts_, (std::vector<std::string>{line("Initialization..."), line("Connected..."), check->text()}));
-}
-
-TEST_F(UpdateCheckTest, DifferentVersionShowsFurtherLinesAndDL) {
-  site_.on("/update/version.html", UpdateSite::page("1.2.0 (spring)\nFaster scans\nA PDF writer"));
-  auto check = startCheck(site_.base());
-  ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-  EXPECT_EQ(check->stage(), UpdateCheck::Stage::Upgrade);
-  EXPECT_EQ(check->text(),
-            "Your version is 1.0.0 Trelvane for Test\nUp-to-date version is 1.2.0 (spring)\nYou need to upgrade !\n"
-            "Faster scans\nA PDF writer");
-  EXPECT_TRUE(check->DLVisible());
-  EXPECT_EQ(check->downloadURL(), site_.base() + "Trelvane_Mac.zip");
-}
-
-TEST_F(UpdateCheckTest, CrlfPageDiffersByItsCarriageReturn) {
-  site_.on("/update/version.html", UpdateSite::page("1.0.0\r\nSame version, other line ends\r\n"));
-  auto check = startCheck(site_.base());
-  ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-  EXPECT_EQ(check->text(),
-            "Your version is 1.0.0 Trelvane for Test\nUp-to-date version is 1.0.0\r\nYou need to upgrade !\n"
-            "Same version, other line ends\r\n");
-  EXPECT_TRUE(check->DLVisible());
-}
-
-TEST_F(UpdateCheckTest, EmptyPageEndedByCloseAsksToUpgrade) {
-  site_.on("/update/version.html", UpdateSite::raw("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"));
-  auto check = startCheck(site_.base());
-  ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-  EXPECT_EQ(check->stage(), UpdateCheck::Stage::Upgrade);
-  EXPECT_EQ(check->text(), "Your version is 1.0.0 Trelvane for Test\nUp-to-date version is \nYou need to upgrade !");
-  EXPECT_TRUE(check->DLVisible());
+TEST_F(UpdateCheckTest, PagesOfTheSiteGiveTheirVerdict) {
+  using Stage = UpdateCheck::Stage;
+  struct Row { const char* name; UpdateSite::Answer answer; Stage stage; std::string verdict; };
+  const Row rows[] = {
+      {"EqualVersionIsUpToDate", UpdateSite::page("1.0.0\nThe first release\n"), Stage::UpToDate,
+       "Up-to-date version is 1.0.0\nYou're up-to-date !"},
+      {"DifferentVersionShowsFurtherLinesAndDL", UpdateSite::page("1.2.0 (spring)\nFaster scans\nA PDF writer"),
+       Stage::Upgrade, "Up-to-date version is 1.2.0 (spring)\nYou need to upgrade !\nFaster scans\nA PDF writer"},
+      {"EmptyPageEndedByCloseAsksToUpgrade", UpdateSite::raw("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"),
+       Stage::Upgrade, "Up-to-date version is \nYou need to upgrade !"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    UpdateSite site;
+    texts_.clear();
+    site.on("/update/version.html", row.answer);
+    auto check = startCheck(site.base());
+    ASSERT_TRUE(runUntil([&] { return check->finished(); }));
+    EXPECT_EQ(check->stage(), row.stage);
+    EXPECT_EQ(check->text(), "Your version is 1.0.0 Trelvane for Test\n" + row.verdict);
+    EXPECT_EQ(check->DLVisible(), row.stage == Stage::Upgrade);
+    EXPECT_EQ(check->downloadURL(), site.base() + "Trelvane_Mac.zip");
+    ASSERT_EQ(site.requests().size(), 1u);
+    EXPECT_EQ(site.requests()[0], test::versionRequest());
+    // every stage replaced the one before
+    EXPECT_EQ(texts_, (std::vector<std::string>{line("Initialization..."), line("Connected..."), check->text()}));
+  }
 }
 
 TEST_F(UpdateCheckTest, NotFoundIsAProtocolErrorAndCancelledChangesNothing) {
@@ -170,6 +155,7 @@ TEST_F(UpdateCheckTest, NoServerMeansNoConnectionAndNothingAfter) {
   ASSERT_TRUE(runUntil([&] { return check->finished(); }));
   EXPECT_EQ(check->stage(), UpdateCheck::Stage::NoConnection);
   EXPECT_EQ(check->text(), line("No internet connection is available"));
+  EXPECT_FALSE(check->DLVisible());
   runFor(100);
   // the Cancelled behind TCPError left the message standing
   EXPECT_EQ(texts_, (std::vector<std::string>{line("Initialization..."), line("No internet connection is available")}));
