@@ -4,6 +4,8 @@
 // starts of the shortest sequence, both scans together, per wall second).
 #include <benchmark/benchmark.h>
 
+#include <charconv>
+
 #include <fstream>
 #include <map>
 #include <memory>
@@ -13,6 +15,7 @@
 #include "engine/run.h"
 #include "engine/scan_kernels.h"
 #include "engine/state.h"
+#include "platform/numtext.h"
 
 namespace trelvane {
 namespace {
@@ -148,6 +151,35 @@ BENCHMARK(BM_Example)
     ->Args({1, 2})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+
+// The text of a Single as the rows write their best scores: Str against the
+// exact 7-digit conversion that it falls back to, into a string as Str gives
+// (text:0 the conversion, text:1 Str).
+void BM_SingleText(benchmark::State& state) {
+  std::vector<float> scores;
+  std::mt19937_64 gen(3);
+  for (int k = 0; k < 4096; ++k) {
+    const int kind = k % 3;
+    if (kind == 0) scores.push_back(static_cast<float>(gen() % 31));                      // identity model
+    else if (kind == 1) scores.push_back(static_cast<float>(gen() % 3000) * 0.01f);       // tenths and hundredths
+    else scores.push_back(static_cast<float>(gen() % 100000) / 3000.0f);                  // any Single
+  }
+  std::size_t bytes = 0;
+  for (auto _ : state) {
+    for (float v : scores) {
+      if (state.range(0) == 1) {
+        bytes += Str(v).size();
+      } else {
+        char buf[64];
+        auto r = std::to_chars(buf, buf + sizeof buf, static_cast<double>(v), std::chars_format::general, 7);
+        bytes += std::string(buf, r.ptr).size();
+      }
+    }
+  }
+  benchmark::DoNotOptimize(bytes);
+  state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(scores.size()));
+}
+BENCHMARK(BM_SingleText)->ArgName("text")->Arg(0)->Arg(1);
 
 }  // namespace
 }  // namespace trelvane

@@ -230,7 +230,12 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   // One unit a percent: the console bar needs no pixels.
   settings.progressWidth = 100;
   std::optional<StagingFile> staging;
-  if (o.result) {
+  // A device or a pipe (/dev/stdout, a FIFO) takes the file in place.
+  std::error_code ec;
+  const auto targetStatus = o.result ? std::filesystem::status(*o.result, ec) : std::filesystem::file_status{};
+  if (o.result && std::filesystem::exists(targetStatus) && !std::filesystem::is_regular_file(targetStatus)) {
+    settings.resultPath = *o.result;
+  } else if (o.result) {
     staging.emplace(stagingPathFor(*o.result));
     settings.resultPath = staging->path();
   }
@@ -264,10 +269,12 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
       fail(error);
   }
   if (o.result) {
-    if (!outcome.resultWritten)
+    if (outcome.noRows)
       fail("the run gave no rows: no result file was written to " + *o.result);
-    else if (*o.result == "-" ? !copyFileToOut(console, staging->path(), &error)
-                              : !staging->renameTo(*o.result, &error))
+    else if (!outcome.resultWritten)
+      fail("cannot write the result file " + *o.result);
+    else if (staging && (*o.result == "-" ? !copyFileToOut(console, staging->path(), &error)
+                                          : !staging->renameTo(*o.result, &error)))
       fail(error);
   }
   if (o.svg || o.pdf || o.png || o.dotplot) plots::ensureGuiApplication();

@@ -78,6 +78,40 @@ class H0Scanner {
     record(maxscore);
   }
 
+  // Resamplings r and r + 1 in one pass over the row where the kernel can;
+  // r + 1 is left pending, to be recorded by recordPending().
+  void stepPair(int64_t r) {
+    const ScanKernel& kernel = *c_.kernel;
+    if (kernel.isScalar() || !kernel.advanceMaxPair) {
+      step(r);
+      pendingRow_ = r + 1;
+      return;
+    }
+    const uint8_t* m1 = c_.m1->data();
+    const uint8_t* res = c_.resampled.data();
+    const int32_t W = c_.W;
+    const ScanColumns& cols = *c_.columns;
+    float* row = row_.data();
+    const float start1 = fullScoreFromZero(m1, res + r, W, c_.cells);
+    const float start2 = fullScoreFromZero(m1, res + r + 1, W, c_.cells);
+    float best1, best2;
+    kernel.advanceMaxPair(row, c_.lastshort, cols.leaveBack(res[r - 1]), cols.enterBack(res[r + W - 1]), start1,
+                          cols.leave(res[r]), cols.enter(res[r + W]), &best1, &best2);
+    row[0] = start2;
+    record(greater(greater(0.0f, best1), start1));
+    pendingRow_ = -1;
+    pending_ = greater(greater(0.0f, best2), start2);
+  }
+  // Records resampling r + 1 of the last stepPair(r).
+  void recordPending() {
+    if (pendingRow_ >= 0) {
+      step(pendingRow_);
+      pendingRow_ = -1;
+    } else {
+      record(pending_);
+    }
+  }
+
   // Hands the sums and the histogram to the run.
   void handOver(RunContext& c) {
     c.h0 = sums_;
@@ -93,6 +127,8 @@ class H0Scanner {
   }
 
   const RunContext& c_;
+  float pending_ = 0.0f;     // the best score of the second resampling of a pair
+  int64_t pendingRow_ = -1;  // or that resampling, where it is still to be done
   ScoreRow row_;
   std::vector<float> histogram_;
   ScoreSums sums_;
@@ -128,12 +164,15 @@ class H0Worker {
 
   void body() {
     scanner_.first();
+    // two resamplings a pass over the row, kReportEvery being even
     int64_t r = 1;
-    for (; r <= c_.nresample; ++r) {
+    for (; r + 1 <= c_.nresample; r += 2) {
       if (abort_ || c_.st.askclose) break;
-      scanner_.step(r);
-      if (r % kReportEvery == 0) publish(r);
+      scanner_.stepPair(r);
+      scanner_.recordPending();
+      if ((r + 1) % kReportEvery == 0) publish(r + 1);
     }
+    if (r == c_.nresample && !(abort_ || c_.st.askclose)) scanner_.step(r);
     publish(std::numeric_limits<int64_t>::max());
   }
   void publish(int64_t r) {
@@ -188,9 +227,13 @@ void h0Scan(RunContext& c) {
   // next offset of the random sequence
   H0Scanner scanner(c);
   scanner.first();
+  // two resamplings a pass over the row: the second is recorded after its
+  // own yield, and dropped with a stop there
   for (int64_t r = 1; r <= c.nresample; ++r) {
     if (yieldAndTestStop(c, counter, progressstep, wrap32(span + r), total)) break;
-    scanner.step(r);
+    if (r % 2 == 0) scanner.recordPending();
+    else if (r + 1 <= c.nresample) scanner.stepPair(r);
+    else scanner.step(r);
   }
   scanner.handOver(c);
 }

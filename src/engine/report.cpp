@@ -1,5 +1,6 @@
 // report.cpp -- the end of a run: tail rows, statistics, the result block and its destinations.
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include "engine/profile.h"
@@ -147,12 +148,28 @@ std::string resultTables(const RunContext& c) {
 }
 
 bool writeResultFile(const std::string& path, const std::string& block, std::string_view profile) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  if (!file) return false;
-  file.write(block.data(), static_cast<std::streamsize>(block.size()));
-  file.write(profile.data(), static_cast<std::streamsize>(profile.size()));
-  file.close();
-  return static_cast<bool>(file);
+  // A regular file is written beside its place and renamed over it, so that
+  // a write that fails (a full disk) leaves the file of before; a device or
+  // a pipe is written in place.
+  std::error_code ec;
+  const auto status = std::filesystem::status(path, ec);
+  const bool inPlace = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+  const std::string target = inPlace ? path : path + ".part";
+  {
+    std::ofstream file(target, std::ios::binary | std::ios::trunc);
+    if (!file) return false;
+    file.write(block.data(), static_cast<std::streamsize>(block.size()));
+    file.write(profile.data(), static_cast<std::streamsize>(profile.size()));
+    file.close();
+    if (!file) {
+      if (!inPlace) std::filesystem::remove(target, ec);
+      return false;
+    }
+  }
+  if (inPlace) return true;
+  std::filesystem::rename(target, path, ec);
+  if (ec) std::filesystem::remove(target, ec);
+  return !ec;
 }
 
 }  // namespace
@@ -190,6 +207,7 @@ void finishRun(RunContext& c, RunOutcome& out) {
     clip += c.rows.text();
     c.host.setClipboard(clip);
   }
+  out.noRows = c.rows.empty();
   if (c.s.CBFile && c.s.resultPath && !c.rows.empty())
     out.resultWritten = writeResultFile(*c.s.resultPath, block + hashLine, c.st.m2.cstringAt(0));
 

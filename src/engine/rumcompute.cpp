@@ -138,7 +138,8 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
     cpgScan(c);
   } else {
     if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W);
-    if (runThreads(s) >= 2) startH0(c);
+    c.threads = runThreads(s);
+    if (c.threads >= 2) startH0(c);
     substitutionScan(c);
     h0Scan(c);
   }

@@ -70,6 +70,7 @@ struct RunOutcome {
   bool stopped = false;        // askclose was set when the scans ended
   bool refused = false;        // the run did not start (see refusal)
   std::string refusal;         // why, as shown in Message
+  bool noRows = false;         // the run wrote no row: no clipboard text, no file
   bool resultWritten = false;  // the result file was created and written
   std::string report;          // the text for Results
   // The result properties (set on the window only when not stopped).

@@ -101,6 +101,8 @@ struct RunContext {
   std::optional<ScanColumns> columns;
   std::unique_ptr<H0Worker, H0WorkerEnd> h0worker;  // last: it ends before what it reads goes
 
+  int threads = 1;  // the threads the run may use
+
   bool stopAsked() const { return st.askclose.load(); }
 
   // The len bytes of a block from off, for reading: a pointer into the block

@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "engine/scan_cells.h"
 #include "engine/scan_kernels.h"
 
 namespace trelvane {
@@ -46,13 +47,7 @@ inline float lanesMax(__m256 acc) {
   const int64_t groups = hi + 1 >= first ? (hi + 1 - first) / 8 : 0;
   const int64_t end = first + groups * 8;  // first start above the groups
   float m = -INFINITY;
-  auto one = [&](int64_t j) {
-    float s = row[j - 1] - leave[j - 1];
-    s = s + enter[j];
-    row[j] = s;
-    m = s > m ? s : m;
-  };
-  for (int64_t j = hi; j >= end && j >= lo; --j) one(j);
+  cells::stepCells(row, hi, end > lo ? end : lo, leave, enter, m);
   // max_ps(s, acc) gives acc where s is not a number: such a score is never
   // the greatest. Two maxima, for odd and even groups, so that the next max
   // need not wait for the one before. Each word of the row is read once:
@@ -75,7 +70,7 @@ inline float lanesMax(__m256 acc) {
       acc = _mm256_max_ps(step8(row, shiftedIn(upper, lower), leave, enter, first), acc);
     }
   }
-  for (int64_t j = (first - 1 < hi ? first - 1 : hi); j >= lo; --j) one(j);
+  cells::stepCells(row, first - 1 < hi ? first - 1 : hi, lo, leave, enter, m);
   *edge = m;
   return _mm256_max_ps(acc, acc2);
 }
@@ -118,6 +113,65 @@ float advanceMaxAvx2(float* row, int64_t lastshort, const float* leave, const fl
   return edge > v ? edge : v;
 }
 
+void advanceMaxPairAvx2(float* row, int64_t lastshort, const float* leave1, const float* enter1,
+                        float start1, const float* leave2, const float* enter2, float* max1,
+                        float* max2) {
+  // The groups: j0 from 8 up, each writing the second step's row[j0 .. j0+7]
+  // from the first step's row[j0-1 .. j0+6], which it makes from the old
+  // row[j0-2 .. j0+5]; the first step's starts j0-1 are its lane 0.
+  const int64_t first = 8;
+  const int64_t groups = lastshort + 1 >= first ? (lastshort + 1 - first) / 8 : 0;
+  if (groups == 0) {
+    // too short for a group: the two steps one after the other
+    *max1 = advanceMaxAvx2(row, lastshort, leave1, enter1);
+    row[0] = start1;
+    *max2 = advanceMaxAvx2(row, lastshort, leave2, enter2);
+    return;
+  }
+  const int64_t end = first + groups * 8;  // first start above the groups
+  float m1 = -INFINITY, m2 = -INFINITY;
+  // top: the first step at end-1 .. lastshort (at most 8 starts) from the
+  // old row, then the second step at end .. lastshort; top[t] stands for
+  // start end - 2 + t
+  float top[9];
+  const int64_t topHi = lastshort - (end - 2);
+  for (int64_t t = 0; t <= topHi; ++t) top[t] = row[end - 2 + t];
+  cells::stepCells(top, topHi, 1, leave1 + end - 2, enter1 + end - 2, m1);
+  cells::stepCells(top, topHi, 2, leave2 + end - 2, enter2 + end - 2, m2);
+  for (int64_t t = 2; t <= topHi; ++t) row[end - 2 + t] = top[t];
+  // the groups, descending; each old word of the row is loaded once, before
+  // its group overwrites it
+  const __m256i turn2 = _mm256_setr_epi32(6, 7, 0, 1, 2, 3, 4, 5);
+  __m256 acc1 = _mm256_set1_ps(-INFINITY), acc2 = acc1;
+  __m256 upper = _mm256_permutevar8x32_ps(_mm256_loadu_ps(row + end - 8), turn2);
+  for (int64_t j0 = end - 8; j0 >= first; j0 -= 8) {
+    __m256 lower = _mm256_permutevar8x32_ps(_mm256_loadu_ps(row + j0 - 8), turn2);
+    // old row[j0-2 .. j0+5]: lanes 0 and 1 from the lower word
+    __m256 old = _mm256_blend_ps(upper, lower, 0x03);
+    // first step at j0-1 .. j0+6
+    __m256 step1 = _mm256_add_ps(_mm256_sub_ps(old, _mm256_loadu_ps(leave1 + j0 - 2)),
+                                 _mm256_loadu_ps(enter1 + j0 - 1));
+    // second step at j0 .. j0+7
+    __m256 step2 = _mm256_add_ps(_mm256_sub_ps(step1, _mm256_loadu_ps(leave2 + j0 - 1)),
+                                 _mm256_loadu_ps(enter2 + j0));
+    _mm256_storeu_ps(row + j0, step2);
+    acc1 = _mm256_max_ps(step1, acc1);
+    acc2 = _mm256_max_ps(step2, acc2);
+    upper = lower;
+  }
+  // bottom: the first step at 1 .. 6 from the old row (the lowest group made
+  // it at 7), then the second step at 1 .. 7; low[j] stands for start j
+  float low[8];
+  for (int64_t j = 0; j <= 6; ++j) low[j] = row[j];
+  cells::stepCells(low, 6, 1, leave1, enter1, m1);
+  low[0] = start1;
+  cells::stepCells(low, 7, 1, leave2, enter2, m2);
+  for (int64_t j = 1; j <= 7; ++j) row[j] = low[j];
+  const float g1 = lanesMax(acc1), g2 = lanesMax(acc2);
+  *max1 = g1 > m1 ? g1 : m1;
+  *max2 = g2 > m2 ? g2 : m2;
+}
+
 void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                     uint64_t* ties, uint64_t* listed) {
   const __m256 m = _mm256_set1_ps(maxscore);
@@ -130,10 +184,7 @@ void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore,
     t |= static_cast<uint64_t>(_mm256_movemask_ps(_mm256_cmp_ps(s, m, _CMP_EQ_OQ))) << k;
     l |= static_cast<uint64_t>(_mm256_movemask_ps(_mm256_cmp_ps(th, s, _CMP_LE_OQ))) << k;
   }
-  for (; k < count; ++k) {
-    t |= static_cast<uint64_t>(row[lo + k] == maxscore) << k;
-    l |= static_cast<uint64_t>(threshold <= row[lo + k]) << k;
-  }
+  cells::matchCells(row, lo, k, count, maxscore, threshold, t, l);
   *ties = t;
   *listed = l;
 }

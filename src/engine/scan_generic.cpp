@@ -1,6 +1,7 @@
 // scan_generic.cpp -- the row kernels in plain C++ over the matrix columns: the portable variant.
 #include <cmath>
 
+#include "engine/scan_cells.h"
 #include "engine/scan_kernels.h"
 
 namespace trelvane {
@@ -10,12 +11,7 @@ namespace {
 // Starts hi down to lo of one block; returns their greatest score.
 inline float advanceSpan(float* row, int64_t lo, int64_t hi, const float* leave, const float* enter) {
   float m = -INFINITY;
-  for (int64_t j = hi; j >= lo; --j) {
-    float s = row[j - 1] - leave[j - 1];
-    s = s + enter[j];
-    row[j] = s;
-    m = s > m ? s : m;  // a not-a-number score is never greater
-  }
+  cells::stepCells(row, hi, lo, leave, enter, m);
   return m;
 }
 
@@ -46,10 +42,7 @@ void blockCandidatesGeneric(const float* blockmax, int64_t blocks, float lower, 
 void blockMatchGeneric(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                        uint64_t* ties, uint64_t* listed) {
   uint64_t t = 0, l = 0;
-  for (int64_t k = 0; k < count; ++k) {
-    t |= static_cast<uint64_t>(row[lo + k] == maxscore) << k;
-    l |= static_cast<uint64_t>(threshold <= row[lo + k]) << k;
-  }
+  cells::matchCells(row, lo, 0, count, maxscore, threshold, t, l);
   *ties = t;
   *listed = l;
 }

@@ -56,6 +56,12 @@ using AdvanceMaxFn = float (*)(float* row, int64_t lastshort, const float* leave
 // for its BlockCandidatesFn.
 using AdvanceBlocksFn = float (*)(float* row, int64_t lastshort, const float* leave,
                                   const float* enter, float* blockmax);
+// Two steps: the step with leave1 and enter1, then row[0] = start1, then the
+// step with leave2 and enter2, every cell rounded as in two AdvanceMaxFn
+// calls; *max1 and *max2 get what each of those calls would return.
+using AdvanceMaxPairFn = void (*)(float* row, int64_t lastshort, const float* leave1,
+                                  const float* enter1, float start1, const float* leave2,
+                                  const float* enter2, float* max1, float* max2);
 // Sets bit b % 64 of bits[b / 64] for each of the blocks whose greatest score
 // (from the kernel's AdvanceBlocksFn) is at least lower, clears the others.
 using BlockCandidatesFn = void (*)(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
@@ -75,6 +81,9 @@ struct ScanKernel {
   AdvanceMaxFn advanceMax;
   BlockCandidatesFn blockCandidates;
   BlockMatchFn blockMatch;
+  // Two steps a pass over the row, where the variant has it (nullptr: two
+  // advanceMax calls).
+  AdvanceMaxPairFn advanceMaxPair;
 
   bool isScalar() const { return advanceBlocks == nullptr; }
 };
@@ -102,11 +111,17 @@ class ScanColumns {
   // The columns of a longest-side byte; bytes above 4 are no base, as N.
   const float* leave(uint8_t l) const { return leave_[l <= 4 ? l : 0]; }
   const float* enter(uint8_t l) const { return enter_[l <= 4 ? l : 0]; }
+  // The same columns placed one cell later, for the first of two steps a
+  // pass: its group of starts j0 reads leave from j0 - 2 and enter from j0 - 1.
+  const float* leaveBack(uint8_t l) const { return leaveBack_[l <= 4 ? l : 0]; }
+  const float* enterBack(uint8_t l) const { return enterBack_[l <= 4 ? l : 0]; }
 
  private:
   ScoreRow storage_;
   const float* leave_[5] = {};
   const float* enter_[5] = {};
+  const float* leaveBack_[5] = {};
+  const float* enterBack_[5] = {};
 };
 
 // The variants' kernels, each file compiled with its own flags.
@@ -129,6 +144,9 @@ float advanceMaxAvx2(float* row, int64_t lastshort, const float* leave, const fl
 void blockCandidatesAvx2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                     uint64_t* ties, uint64_t* listed);
+void advanceMaxPairAvx2(float* row, int64_t lastshort, const float* leave1, const float* enter1,
+                        float start1, const float* leave2, const float* enter2, float* max1,
+                        float* max2);
 #endif
 
 }  // namespace trelvane

@@ -71,22 +71,29 @@ void appendStart(std::string& tielist, int64_t j) {
   tielist += TAB;
 }
 
-// The alignment of shortest window j against longest window i, both 0-based.
+// The alignment of shortest window j against longest window i, both 0-based:
+// the two starts, the two windows' letters and the line of matches, written
+// in one piece at the end of the report.
 void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin) {
-  const int32_t W = c.W;
+  static_assert(EndOfLine.size() == 1);
+  const int32_t W = c.W > 0 ? c.W : 0;
   const uint8_t* shortWin = c.m1->data() + j;
+  const Digits from(j), to(i);
   std::string& r = c.report;
-  r += Str(j);
-  r += TAB;
-  r += Str(i);
-  r += EndOfLine;
-  for (int32_t k = 0; k < W; ++k) r += letterOf(shortWin[k]);
-  r += EndOfLine;
-  for (int32_t k = 0; k < W; ++k) r += letterOf(longWin[k]);
-  r += EndOfLine;
-  for (int32_t k = 0; k < W; ++k) r += shortWin[k] == longWin[k] ? '+' : ' ';
-  r += EndOfLine;
-  r += EndOfLine;
+  const std::size_t at = r.size();
+  r.resize(at + from.text().size() + to.text().size() + 3 * static_cast<std::size_t>(W) + 6);
+  char* p = r.data() + at;
+  p = std::copy(from.text().begin(), from.text().end(), p);
+  *p++ = TAB;
+  p = std::copy(to.text().begin(), to.text().end(), p);
+  *p++ = EndOfLine[0];
+  for (int32_t k = 0; k < W; ++k) *p++ = letterOf(shortWin[k]);
+  *p++ = EndOfLine[0];
+  for (int32_t k = 0; k < W; ++k) *p++ = letterOf(longWin[k]);
+  *p++ = EndOfLine[0];
+  for (int32_t k = 0; k < W; ++k) *p++ = shortWin[k] == longWin[k] ? '+' : ' ';
+  *p++ = EndOfLine[0];
+  *p++ = EndOfLine[0];
 }
 
 namespace {

@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "engine/scan_cells.h"
 #include "engine/scan_kernels.h"
 
 namespace trelvane {
@@ -37,13 +38,7 @@ inline float lanesMax(__m128 m) {
   const int64_t groups = hi + 1 >= first ? (hi + 1 - first) / 4 : 0;
   const int64_t end = first + groups * 4;  // first start above the groups
   float m = -INFINITY;
-  auto one = [&](int64_t j) {
-    float s = row[j - 1] - leave[j - 1];
-    s = s + enter[j];
-    row[j] = s;
-    m = s > m ? s : m;
-  };
-  for (int64_t j = hi; j >= end && j >= lo; --j) one(j);
+  cells::stepCells(row, hi, end > lo ? end : lo, leave, enter, m);
   // max_ps(s, acc) gives acc where s is not a number: such a score is never
   // the greatest. Two maxima, for odd and even groups, so that the next max
   // need not wait for the one before.
@@ -54,7 +49,7 @@ inline float lanesMax(__m128 m) {
     acc2 = _mm_max_ps(step4(row, leave, enter, first + (g - 1) * 4), acc2);
   }
   if (g == 0) acc = _mm_max_ps(step4(row, leave, enter, first), acc);
-  for (int64_t j = (first - 1 < hi ? first - 1 : hi); j >= lo; --j) one(j);
+  cells::stepCells(row, first - 1 < hi ? first - 1 : hi, lo, leave, enter, m);
   *edge = m;
   return _mm_max_ps(acc, acc2);
 }
@@ -108,10 +103,7 @@ void blockMatchSse2(const float* row, int64_t lo, int64_t count, float maxscore,
     t |= static_cast<uint64_t>(_mm_movemask_ps(_mm_cmpeq_ps(s, m))) << k;
     l |= static_cast<uint64_t>(_mm_movemask_ps(_mm_cmple_ps(th, s))) << k;
   }
-  for (; k < count; ++k) {
-    t |= static_cast<uint64_t>(row[lo + k] == maxscore) << k;
-    l |= static_cast<uint64_t>(threshold <= row[lo + k]) << k;
-  }
+  cells::matchCells(row, lo, k, count, maxscore, threshold, t, l);
   *ties = t;
   *listed = l;
 }

@@ -28,7 +28,7 @@ struct ComparisonState {
   // f[0] longest, f[1] shortest: the path of the chosen file, or none.
   std::array<std::optional<std::string>, 2> f;
   std::atomic<bool> askclose{false};
-  bool running = false;
+  std::atomic<bool> running{false};
   std::shared_ptr<plots::Picture> pct;  // the last drawn profile, nil before
   float maxgraph = 0;
   int32_t windgraph = 0;

@@ -21,6 +21,21 @@ std::string general(double v, int precision) {
   return std::string(buf, r.ptr);
 }
 
+// %.7g of a Single, exactly as general(v, 7) writes it. A whole number below
+// 10^7 prints as its plain digits: the common best score of the identity
+// model, written several times faster this way. (A check of the shortest digits
+// that read back to v was measured as no faster than the exact conversion
+// for other values, so they take that.)
+std::string single(float v) {
+  if (v == std::trunc(v) && std::fabs(v) < 1e7f) {
+    if (v == 0.0f) return std::signbit(v) ? "-0" : "0";
+    char buf[16];
+    auto r = std::to_chars(buf, buf + sizeof buf, static_cast<int32_t>(v));
+    return std::string(buf, r.ptr);
+  }
+  return general(v, 7);
+}
+
 char lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
 
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
@@ -84,11 +99,11 @@ double leadingRadix(std::string_view s, int radix) {
 
 std::string Str(int32_t v) { return std::to_string(v); }
 std::string Str(int64_t v) { return std::to_string(v); }
-std::string Str(float v) { return general(v, 7); }
+std::string Str(float v) { return single(v); }
 std::string Str(double v) { return general(v, 15); }
 std::string CStr(int32_t v) { return std::to_string(v); }
 std::string CStr(int64_t v) { return std::to_string(v); }
-std::string CStr(float v) { return general(v, 7); }
+std::string CStr(float v) { return single(v); }
 std::string CStr(double v) { return general(v, 15); }
 
 std::string Format(double v, std::string_view mask) {

@@ -14,13 +14,8 @@ namespace {
 
 using testing::linesOf;
 using testing::RecordingHost;
-
-// The report's lines that start with key, without the key.
-std::string valueOf(const std::string& report, const std::string& key) {
-  for (const std::string& l : linesOf(report))
-    if (l.rfind(key, 0) == 0) return l.substr(key.size());
-  return "(missing)";
-}
+using testing::TestRun;
+using testing::valueOf;
 
 // The histogram lines "b<TAB>count" of a report, by bin.
 std::map<int, double> histogramOf(const std::string& report) {
@@ -41,21 +36,10 @@ TEST(H0, MatchesAnIndependentRecomputationWithTheSameSeed) {
   const std::string lg = "ACGTTGCANNACGGGCTTAACGTACCGTAGGCTANNNNTTGCAACGTAGCTAGCTTAGGCAT";
   const std::string sh = "TTGCAACGTAGCTAGGATCCA";
   const int W = 8, nresample = 40;
-  ComparisonState st;
-  testing::openWith(st, lg, sh);
-  const float model[4][4] = {{0.9f, 0.03f, 0.05f, 0.02f},
-                             {0.07f, 0.8f, 0.01f, 0.12f},
-                             {0.02f, 0.11f, 0.77f, 0.1f},
-                             {0.01f, 0.05f, 0.19f, 0.75f}};
-  for (int s = 1; s <= 4; ++s)
-    for (int l = 1; l <= 4; ++l) st.matrice[s][l] = model[s - 1][l - 1];
-  RunSettings s;
-  s.EFWS = "8";
-  s.EFSD = "41";
-  s.EFIdentities = "100";
-  s.seed = 77;
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
+  TestRun r(lg, sh);
+  ComparisonState& st = r.st;
+  testing::setModel(st);
+  const RunOutcome& out = r.run({.EFWS = "8", .EFIdentities = "100", .EFSD = "41", .seed = 77}).out;
 
   // The random sequence: bases of the long sequence drawn with replacement.
   Rnd rnd(77);
@@ -66,26 +50,9 @@ TEST(H0, MatchesAnIndependentRecomputationWithTheSameSeed) {
     res.push_back(b);
   }
   // Its windows scored as the long sequence's, in a whole table.
-  const int lastshort = static_cast<int>(sh.size()) - W;
-  auto cell = [&](int j, uint8_t r) { return st.matrice[testing::codeOf(sh[j])][r]; };
-  std::vector<float> prev, best;
-  for (int r = 0; r <= nresample; ++r) {
-    std::vector<float> row(static_cast<std::size_t>(lastshort) + 1);
-    for (int j = 0; j <= lastshort; ++j) {
-      if (r == 0 || j == 0) {
-        float sum = 0.0f;
-        for (int k = 0; k < W; ++k) sum += cell(j + k, res[r + k]);
-        row[j] = sum;
-      } else {
-        float v = prev[j - 1] - cell(j - 1, res[r - 1]);
-        row[j] = v + cell(j + W - 1, res[r + W - 1]);
-      }
-    }
-    float m = 0;
-    for (float v : row) m = std::max(m, v);
-    best.push_back(m);
-    prev = row;
-  }
+  std::vector<float> best;
+  for (const std::vector<float>& row : testing::scoreTable(st, testing::codesOf(sh), res, W, 0, nresample))
+    best.push_back(std::max(0.0f, *std::max_element(row.begin(), row.end())));
   std::map<int, double> wantBins;
   double sum = 0, sumsq = 0;
   float top = 0;
@@ -107,38 +74,22 @@ TEST(H0, MatchesAnIndependentRecomputationWithTheSameSeed) {
 TEST(H0, HistogramBinsAddUpToTheResamplings) {
   std::string lg;
   for (int k = 0; k < 400; ++k) lg += "ACGTTGCAGG"[(k * 7 + k / 5) % 10];
-  ComparisonState st;
-  testing::openWith(st, lg, lg.substr(33, 50));
-  RunSettings s;
-  s.EFWS = "12";
-  s.EFSD = "150";
-  s.seed = 3;
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
+  TestRun r(lg, lg.substr(33, 50));
+  const RunOutcome& out = r.run({.EFWS = "12", .EFSD = "150", .seed = 3}).out;
   std::map<int, double> bins = histogramOf(out.report);
   ASSERT_EQ(bins.size(), 13u);
   double total = 0;
   for (auto& [b, n] : bins) total += n;
   EXPECT_EQ(total, 150.0);
   int maxBin = static_cast<int>(out.omaxgraph);
-  for (auto& [b, n] : bins) {
-    if (b > maxBin) {
-      EXPECT_EQ(n, 0.0) << b;
-    }
-  }
+  for (auto& [b, n] : bins) EXPECT_TRUE(b <= maxBin || n == 0.0) << b;
   EXPECT_GT(bins[maxBin], 0.0);
 }
 
 TEST(H0, OneOrNoResamplingFieldStillScansResamplingZero) {
-  ComparisonState st;
-  testing::openWith(st, "ACGTTGCAACGTAGGCATCG", "TTGCAACG");
   for (const char* efsd : {"1", "", "0"}) {
-    RunSettings s;
-    s.EFWS = "5";
-    s.EFSD = efsd;
-    s.seed = 4;
-    RecordingHost host(st);
-    RunOutcome out = rumcompute(st, s, host);
+    TestRun r("ACGTTGCAACGTAGGCATCG", "TTGCAACG");
+    const RunOutcome& out = r.run({.EFWS = "5", .EFSD = efsd, .seed = 4}).out;
     std::map<int, double> bins = histogramOf(out.report);
     double total = 0;
     for (auto& [b, n] : bins) total += n;
@@ -152,15 +103,9 @@ TEST(H0, OneOrNoResamplingFieldStillScansResamplingZero) {
 
 TEST(H0, MaximaPastTheLastBinAreNotKept) {
   // Cells of 2 lift the scores up to 2 W, past the histogram's last bin.
-  ComparisonState st;
-  testing::openWith(st, "AAAAAAAAAAAAAAAAAAAA", "AAAAAA");
-  for (int b = 1; b <= 4; ++b) st.matrice[b][b] = 2.0f;
-  RunSettings s;
-  s.EFWS = "5";
-  s.EFSD = "10";
-  s.EFIdentities = "100";
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
+  TestRun r("AAAAAAAAAAAAAAAAAAAA", "AAAAAA");
+  for (int b = 1; b <= 4; ++b) r.st.matrice[b][b] = 2.0f;
+  const RunOutcome& out = r.run({.EFWS = "5", .EFIdentities = "100", .EFSD = "10"}).out;
   EXPECT_EQ(out.omaxgraph, 10.0f);
   std::map<int, double> bins = histogramOf(out.report);
   ASSERT_EQ(bins.size(), 6u);
@@ -175,11 +120,8 @@ TEST(H0, LongestSequenceWithoutBaseIsRefusedBeforeAnyChange) {
     st.m2 = MemoryBlock(3);
     st.m2.set(0, 77);
     st.changegraph = false;
-    RunSettings s;
-    s.EFWS = "4";
-    s.CBClipboard = true;
     RecordingHost host(st);
-    RunOutcome out = rumcompute(st, s, host);
+    RunOutcome out = rumcompute(st, {.EFWS = "4", .CBClipboard = true}, host);
     EXPECT_TRUE(out.refused);
     ASSERT_EQ(host.messages.size(), 1u);
     EXPECT_EQ(host.messages[0], out.refusal);
@@ -198,13 +140,7 @@ TEST(H0, LongestSequenceWithoutBaseIsRefusedBeforeAnyChange) {
     EXPECT_EQ(host.beeps, 0);
   }
   // CpG mode refuses the same way.
-  ComparisonState st;
-  st.open();
-  testing::setLong(st, "NNNN");
-  RunSettings s;
-  s.CBCPG = true;
-  RecordingHost host(st);
-  EXPECT_TRUE(rumcompute(st, s, host).refused);
+  EXPECT_TRUE(TestRun("NNNN").run({.CBCPG = true}).out.refused);
 }
 
 }  // namespace

@@ -235,6 +235,64 @@ TEST(KernelEquivalence, RowStepMatchesReferenceOnEveryLength) {
   }
 }
 
+// Two steps a pass against two reference steps, on every length around the
+// groups of 8 and the edges above and below them.
+TEST(KernelEquivalence, PairStepMatchesTwoReferenceSteps) {
+  std::mt19937 gen(23);
+  const float matrice[5][5] = {{0, 0, 0, 0, 0},
+                               {0, 1.0f, -0.5f, 0.25f, INFINITY},
+                               {0, 0.07f, std::nanf(""), 0.01f, 0.09f},
+                               {0, 0.02f, 0.11f, 0.77f, -0.1f},
+                               {0, 0.013f, 0.047f, -INFINITY, 0.75f}};
+  CellTable cells(matrice);
+  int pairs = 0, lengths = 0;
+  for (int W : {0, 1, 8, 30}) {
+    for (int64_t lastshort = 0; lastshort <= 400; lastshort += lastshort < 140 ? 1 : 7) {
+      ++lengths;
+      const int64_t nshort = lastshort + W;
+      std::vector<uint8_t> m1(static_cast<std::size_t>(nshort) + 100, 0);
+      // mostly the finite cells, now and then an infinite or not-a-number one
+      for (int64_t j = 0; j < nshort; ++j) m1[j] = static_cast<uint8_t>(gen() % 16 == 0 ? 2 : 1 + gen() % 2 * 2);
+      // a not-a-number cell where the groups meet the starts done one by one
+      if (nshort > 8 + W && gen() % 3 == 0) m1[static_cast<std::size_t>(6 + W)] = 2;
+      ScanColumns cols(cells, m1.data(), nshort, W);
+      ScoreRow start(static_cast<std::size_t>(lastshort) + 1);
+      for (float& v : start) v = static_cast<float>(static_cast<int>(gen() % 2000) - 500) / 64.0f;
+      uint8_t base[4];
+      for (uint8_t& b : base) b = static_cast<uint8_t>(1 + gen() % 4);
+      const float start1 = static_cast<float>(static_cast<int>(gen() % 400) - 100) / 8.0f;
+      ScoreRow expected = start;
+      advanceRow(expected.data(), m1.data(), lastshort, W, cells.column(base[0]), cells.column(base[1]));
+      float best1 = -INFINITY, best2 = -INFINITY;
+      for (int64_t j = 1; j <= lastshort; ++j) best1 = expected[j] > best1 ? expected[j] : best1;
+      expected[0] = start1;
+      advanceRow(expected.data(), m1.data(), lastshort, W, cells.column(base[2]), cells.column(base[3]));
+      for (int64_t j = 1; j <= lastshort; ++j) best2 = expected[j] > best2 ? expected[j] : best2;
+      for (const ScanKernel& k : scanKernels()) {
+        if (!k.advanceMaxPair) continue;
+        ScoreRow row = start;
+        float max1 = 7.0f, max2 = 7.0f;
+        // the first step from the copies placed for it, half the time
+        const bool back = lastshort % 2 == 0;
+        k.advanceMaxPair(row.data(), lastshort, back ? cols.leaveBack(base[0]) : cols.leave(base[0]),
+                         back ? cols.enterBack(base[1]) : cols.enter(base[1]), start1,
+                         cols.leave(base[2]), cols.enter(base[3]), &max1, &max2);
+        row[0] = expected[0];
+        ASSERT_EQ(std::memcmp(row.data(), expected.data(), row.size() * sizeof(float)), 0)
+            << k.name << " W=" << W << " lastshort=" << lastshort;
+        EXPECT_EQ(std::memcmp(&max1, &best1, sizeof max1), 0) << k.name << " lastshort=" << lastshort;
+        EXPECT_EQ(std::memcmp(&max2, &best2, sizeof max2), 0) << k.name << " lastshort=" << lastshort;
+        ++pairs;
+      }
+    }
+  }
+#if defined(__x86_64__)
+  if (__builtin_cpu_supports("avx2")) {
+    EXPECT_EQ(pairs, lengths);
+  }
+#endif
+}
+
 // Whole runs: every kernel on one and two threads gives the scalar run's
 // report, rows, result file, m2, stage texts, progress and yields.
 TEST(KernelEquivalence, RandomRunsGiveTheScalarBytes) {
@@ -249,6 +307,42 @@ TEST(KernelEquivalence, RandomRunsGiveTheScalarBytes) {
                            std::to_string(threads) + " W=" + k.s.EFWS + " from=" + k.s.EFAnaFrom +
                            " to=" + k.s.EFAnaTo + " sd=" + k.s.EFSD + " id=" + k.s.EFIdentities;
         expectSame(runCase(k, kernel.name, threads), reference, what);
+        if (::testing::Test::HasFailure()) return;
+      }
+    }
+  }
+}
+
+// With two threads the rows and the alignments are written beside the scan,
+// a stretch of positions at a time: stops anywhere in it, and windows far
+// outside m0 (copied, as the scan reuses their buffer), give the same bytes.
+TEST(KernelEquivalence, RowsWrittenBesideTheScanMatchAcrossStretchesAndStops) {
+  std::mt19937 gen(41);
+  Case k;
+  k.lg = randomLetters(gen, 1400, 2);
+  k.sh = k.lg.substr(300, 90) + randomLetters(gen, 60, 0);
+  for (int a = 1; a <= 4; ++a)
+    for (int b = 1; b <= 4; ++b) k.matrice[a][b] = a == b ? 1.0f : 0.0f;
+  k.s.EFWS = "20";
+  k.s.EFSD = "50";
+  k.s.EFIdentities = "12";
+  k.s.CBClipboard = true;
+  k.s.CBFile = true;
+  k.s.seed = 9;
+  struct Range {
+    const char* from;
+    const char* to;
+  };
+  for (Range r : {Range{"1", "max"}, Range{"-1500", "-600"}, Range{"-700", "300"}, Range{"1300", "max"}}) {
+    k.s.EFAnaFrom = r.from;
+    k.s.EFAnaTo = r.to;
+    for (int stop : {-1, 1, 255, 256, 257, 700, 1100}) {
+      k.stopAfter = stop;
+      const Seen reference = runCase(k, "scalar", 1);
+      for (const ScanKernel& kernel : scanKernels()) {
+        if (kernel.isScalar()) continue;
+        expectSame(runCase(k, kernel.name, 2), reference,
+                   std::string(kernel.name) + " from " + r.from + " stop " + std::to_string(stop));
         if (::testing::Test::HasFailure()) return;
       }
     }

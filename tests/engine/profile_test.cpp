@@ -7,39 +7,28 @@
 namespace trelvane {
 namespace {
 
-TEST(Profile, ByteIs255LessScoreTimesStepTruncated) {
-  EXPECT_EQ(profileByte(0.0f, 30), 255);
-  EXPECT_EQ(profileByte(20.0f, 20), 5);
-  EXPECT_EQ(profileByte(1.0f, 30), 246);   // 255 - 8.33...
-  EXPECT_EQ(profileByte(14.0f, 20), 80);   // 255 - 175
-  EXPECT_EQ(profileByte(2.5f, 10), 192);
-  // 250 / 30 rounds up in Double: 30 times it is a hair above 250, so a
-  // perfect score of 30 gives 4, while 24 times it rounds back to 200.
-  EXPECT_EQ(profileByte(30.0f, 30), 4);
-  EXPECT_EQ(profileByte(24.0f, 30), 55);
+using testing::TestRun;
+
+TEST(Profile, ByteIs255LessScoreTimesStepTruncatedToItsLowEightBits) {
+  struct Row { float score; int32_t W; int byte; };
+  const Row rows[] = {
+      {0.0f, 30, 255}, {20.0f, 20, 5}, {1.0f, 30, 246}, {14.0f, 20, 80}, {2.5f, 10, 192},
+      // 250 / 30 rounds up in Double: 30 times it is a hair above 250, so a
+      // perfect score of 30 gives 4, while 24 times it rounds back to 200.
+      {30.0f, 30, 4}, {24.0f, 30, 55},
+      // Above W: -3.33 truncates to -3, whose low byte is 253; -0.83 to 0.
+      {31.0f, 30, 253}, {30.5f, 30, 0},
+      // 250 / 0 is an infinity, 0 times it no number: both convert to 0.
+      {0.0f, 0, 0}, {3.0f, 0, 0}};
+  for (const Row& r : rows) EXPECT_EQ(profileByte(r.score, r.W), r.byte) << r.score << " of " << r.W;
 }
 
-TEST(Profile, ByteKeepsLowEightBitsAboveW) {
-  // 255 - 31 * 250 / 30 = -3.33: truncated to -3, whose low byte is 253.
-  EXPECT_EQ(profileByte(31.0f, 30), 253);
-  EXPECT_EQ(profileByte(30.5f, 30), 0);  // -0.83 truncates to 0
-}
-
-TEST(Profile, ByteOfZeroWindowIsTheNonFiniteConversion) {
-  // 250 / 0 is an infinity; 0 times it is not a number: both convert to 0.
-  EXPECT_EQ(profileByte(0.0f, 0), 0);
-  EXPECT_EQ(profileByte(3.0f, 0), 0);
-}
-
-TEST(Profile, ScoreIsIntegerProductOver250) {
+TEST(Profile, ScoreIsIntegerProductOver250AndRoundTripsWithinOneStep) {
   EXPECT_DOUBLE_EQ(profileScore(5, 30), 30.0);
   EXPECT_DOUBLE_EQ(profileScore(4, 30), 30.12);
   EXPECT_DOUBLE_EQ(profileScore(255, 30), 0.0);
   EXPECT_DOUBLE_EQ(profileScore(54, 30), 201 * 30 / 250.0);
   EXPECT_DOUBLE_EQ(profileScore(80, 20), 14.0);
-}
-
-TEST(Profile, RoundTripLosesLessThanOneStep) {
   for (int32_t W : {5, 20, 30, 255}) {
     for (int32_t s = 0; s <= W; ++s) {
       double back = profileScore(profileByte(static_cast<float>(s), W), W);
@@ -49,78 +38,45 @@ TEST(Profile, RoundTripLosesLessThanOneStep) {
   }
 }
 
-TEST(Profile, FillingOf100000BasesEndsAtOffset1000) {
-  MemoryBlock m2(100000 + 410);
-  fillProfileStart(m2, 100000, kProfileNoScore);
-  for (int k = 0; k < 1000; ++k) ASSERT_EQ(m2.get(k), 2) << k;
-  for (int k = 1000; k < 100410; ++k) ASSERT_EQ(m2.get(k), 0) << k;
-}
-
-TEST(Profile, FillingOfNoBaseLeavesZeroAt400) {
-  MemoryBlock m2(410);
-  fillProfileStart(m2, 0, kProfileN);  // a stored result fills with 1
-  for (int k = 0; k < 400; ++k) ASSERT_EQ(m2.get(k), 1) << k;
-  for (int k = 400; k < 410; ++k) ASSERT_EQ(m2.get(k), 0) << k;
-}
-
 TEST(Profile, FillingStopsWhereTheFlooredBoundIsPassed) {
-  // Floor(39999 / 200 + 300) = 499: offsets 0 to 400, so 600 bytes.
-  MemoryBlock m2(39999 + 410);
-  fillProfileStart(m2, 39999, kProfileNoScore);
-  EXPECT_EQ(m2.get(599), 2);
-  EXPECT_EQ(m2.get(600), 0);
-  // Floor(60000 / 200 + 300) = 600: the write at 600 reaches byte 799,
-  // one base less stops at 400.
-  MemoryBlock m3(60000 + 410);
-  fillProfileStart(m3, 60000, kProfileNoScore);
-  EXPECT_EQ(m3.get(799), 2);
-  EXPECT_EQ(m3.get(800), 0);
-  MemoryBlock m4(59999 + 410);
-  fillProfileStart(m4, 59999, kProfileNoScore);
-  EXPECT_EQ(m4.get(599), 2);
-  EXPECT_EQ(m4.get(600), 0);
+  // Floor(nbbases / 200 + 300) bounds the 200-byte writes: 39999 gives 499,
+  // so 600 bytes; 60000 gives 600, whose write reaches byte 799.
+  struct Row { int32_t nbbases; uint8_t fill; int end; };
+  for (const Row& r : {Row{100000, kProfileNoScore, 1000}, Row{0, kProfileN, 400}, Row{39999, kProfileNoScore, 600},
+                       Row{60000, kProfileNoScore, 800}, Row{59999, kProfileNoScore, 600}}) {
+    MemoryBlock m2(r.nbbases + 410);
+    fillProfileStart(m2, r.nbbases, r.fill);
+    for (int k = 0; k < r.end; ++k) ASSERT_EQ(m2.get(k), r.fill) << r.nbbases << " at " << k;
+    for (int k = r.end; k < m2.size(); ++k) ASSERT_EQ(m2.get(k), 0) << r.nbbases << " at " << k;
+  }
 }
 
 // A run of 1,000 bases over all positions: scans and tail rows cover 0 to 999.
 TEST(Profile, RunOn1000BasesLeavesNoZeroBeforeTheEnd) {
-  std::string longSeq, shortSeq;
-  for (int k = 0; k < 1000; ++k) longSeq += "ACGTTGCA"[(k * 7 + k / 3) % 8];
-  shortSeq = longSeq.substr(100, 40);
-  ComparisonState st;
-  testing::openWith(st, longSeq, shortSeq);
-  RunSettings s;
-  s.EFWS = "12";
-  s.EFSD = "10";
-  s.seed = 5;
-  testing::RecordingHost host(st);
-  rumcompute(st, s, host);
-  ASSERT_EQ(st.m2.size(), 1410);
-  for (int k = 0; k < 1000; ++k) ASSERT_NE(st.m2.get(k), 0) << k;
-  EXPECT_EQ(st.m2.get(1000), 0);
-  EXPECT_GT(st.m2.get(988), 2);  // the last window start, 1000 - 12
-  EXPECT_EQ(st.m2.get(989), 2);  // the first tail position
+  std::string lg;
+  for (int k = 0; k < 1000; ++k) lg += "ACGTTGCA"[(k * 7 + k / 3) % 8];
+  TestRun r(lg, lg.substr(100, 40));
+  r.run({.EFWS = "12", .EFSD = "10", .seed = 5});
+  ASSERT_EQ(r.st.m2.size(), 1410);
+  for (int k = 0; k < 1000; ++k) ASSERT_NE(r.st.m2.get(k), 0) << k;
+  EXPECT_EQ(r.st.m2.get(1000), 0);
+  EXPECT_GT(r.st.m2.get(988), 2);  // the last window start, 1000 - 12
+  EXPECT_EQ(r.st.m2.get(989), 2);  // the first tail position
 }
 
 TEST(Profile, RunLimitedOn100000BasesLeavesZerosWhereNotAnalysed) {
-  std::string longSeq;
-  for (int k = 0; k < 100000; ++k) longSeq += "ACGT"[(k * 31 + k / 7) % 4];
-  ComparisonState st;
-  testing::openWith(st, longSeq, longSeq.substr(5000, 30));
-  RunSettings s;
-  s.EFWS = "10";
-  s.EFAnaFrom = "5001";
-  s.EFAnaTo = "5010";
-  s.EFSD = "5";
-  s.seed = 9;
-  testing::RecordingHost host(st);
-  rumcompute(st, s, host);
-  for (int k = 0; k < 1000; ++k) ASSERT_EQ(st.m2.get(k), 2) << k;
-  for (int k = 1000; k < 5000; ++k) ASSERT_EQ(st.m2.get(k), 0) << k;
-  for (int k = 5000; k <= 5010; ++k) ASSERT_GT(st.m2.get(k), 2) << k;
-  EXPECT_EQ(st.m2.get(5000), 5);  // the short sequence's own first window
-  for (int k = 5011; k < 99991; ++k) ASSERT_EQ(st.m2.get(k), 0) << k;
-  for (int k = 99991; k < 100000; ++k) ASSERT_EQ(st.m2.get(k), 2) << k;
-  EXPECT_EQ(st.m2.get(100000), 0);
+  std::string lg;
+  for (int k = 0; k < 100000; ++k) lg += "ACGT"[(k * 31 + k / 7) % 4];
+  TestRun r(lg, lg.substr(5000, 30));
+  r.run({.EFWS = "10", .EFAnaFrom = "5001", .EFAnaTo = "5010", .EFSD = "5", .seed = 9});
+  const MemoryBlock& m2 = r.st.m2;
+  for (int k = 0; k < 1000; ++k) ASSERT_EQ(m2.get(k), 2) << k;
+  for (int k = 1000; k < 5000; ++k) ASSERT_EQ(m2.get(k), 0) << k;
+  for (int k = 5000; k <= 5010; ++k) ASSERT_GT(m2.get(k), 2) << k;
+  EXPECT_EQ(m2.get(5000), 5);  // the short sequence's own first window
+  for (int k = 5011; k < 99991; ++k) ASSERT_EQ(m2.get(k), 0) << k;
+  for (int k = 99991; k < 100000; ++k) ASSERT_EQ(m2.get(k), 2) << k;
+  EXPECT_EQ(m2.get(100000), 0);
 }
 
 }  // namespace

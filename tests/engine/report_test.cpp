@@ -13,27 +13,25 @@ namespace trelvane {
 namespace {
 
 using testing::linesOf;
-using testing::RecordingHost;
-using testing::rowsOf;
+using testing::RowCase;
+using testing::TestRun;
+using testing::valueOf;
 
-std::string valueOf(const std::string& report, const std::string& key) {
-  for (const std::string& l : linesOf(report))
-    if (l.rfind(key, 0) == 0) return l.substr(key.size());
-  return "(missing)";
-}
+const RowCase kCases[] = {
+    // (count - N) / (length - N): the four fractions do not add up to 1.
+    {"CompositionTakesTheNCountOffEveryBase", "NNAAATTCGG", "AATTN", {.EFWS = "4", .EFSD = "1"}, {}, -1, {},
+     {"Longest sequence\nN\t2\t0.2\nA\t3\t0.125\nT\t2\t0\nC\t1\t-0.125\nG\t2\t0\n"
+      "Shortest sequence\nN\t1\t0.2\nA\t2\t0.25\nT\t2\t0.25\nC\t0\t-0.25\nG\t0\t-0.25\n"}},
+    // Every window matches in full: all scores are 10, the mean too.
+    {"ScoresEqualToTheMeanCountOnTheUpperSide", std::string(30, 'A'), std::string(12, 'A'),
+     {.EFWS = "10", .EFIdentities = "100", .EFSD = "1"}, {}, -1, {}, {"Max=10\nMean=10\nSD=0\n", "SD low=NaN\nSD up=0\n"}},
+    {"AllWindowsWithAnNGiveNotANumberTexts", "ANAANAANAANAANA", "ACGTA", {.EFWS = "4", .EFSD = "2"}, {}, -1,
+     {{0, 1}, {1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 1}, {6, 1}, {7, 1}, {8, 1}, {9, 1}, {10, 1}, {11, 1}},
+     {"Max=0\nMean=NaN\nSD=NaN\n", "SD low=NaN\nSD up=NaN\n", "Average identity:NaN\nSD:NaN\n\n"}},
+};
 
-TEST(Report, CompositionTakesTheNCountOffEveryBase) {
-  ComparisonState st;
-  testing::openWith(st, "NNAAATTCGG", "AATTN");
-  RunSettings s;
-  s.EFWS = "4";
-  s.EFSD = "1";
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
-  // (count - N) / (length - N): the four fractions do not add up to 1.
-  EXPECT_NE(out.report.find("Longest sequence\nN\t2\t0.2\nA\t3\t0.125\nT\t2\t0\nC\t1\t-0.125\nG\t2\t0\n"
-                            "Shortest sequence\nN\t1\t0.2\nA\t2\t0.25\nT\t2\t0.25\nC\t0\t-0.25\nG\t0\t-0.25\n"),
-            std::string::npos);
+TEST(Report, HandCheckedStatistics) {
+  for (const RowCase& c : kCases) testing::expectCase(c);
 }
 
 TEST(Report, SplitSdComesFromTheProfileBytes) {
@@ -41,26 +39,15 @@ TEST(Report, SplitSdComesFromTheProfileBytes) {
   std::string sh, lg;
   for (int k = 0; k < 90; ++k) sh += "ACGT"[gen() % 4];
   for (int k = 0; k < 400; ++k) lg += (gen() % 3 == 0) ? "ACGT"[gen() % 4] : sh[k % 90];
-  ComparisonState st;
-  testing::openWith(st, lg, sh);
-  RunSettings s;
-  s.EFWS = "30";
-  s.EFSD = "5";
-  s.EFIdentities = "100";
-  s.CBClipboard = true;
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
+  TestRun r(lg, sh);
+  const RunOutcome& out = r.run({.EFWS = "30", .EFIdentities = "100", .EFSD = "5", .CBClipboard = true}).out;
 
   // The exact scores of the rows, and the scores their bytes stand for.
   std::vector<double> exact, decoded;
-  for (const std::string& row : linesOf(rowsOf(host.clipboard))) {
-    std::vector<std::string> f;
-    std::size_t start = 0;
-    for (std::size_t tab; (tab = row.find('\t', start)) != std::string::npos; start = tab + 1)
-      f.push_back(row.substr(start, tab - start));
-    f.push_back(row.substr(start));
-    if (f.size() < 4 || f[3].empty()) continue;
-    double score = std::stod(f[2]);
+  for (const std::string& row : r.rows) {
+    std::size_t t2 = row.find('\t', row.find('\t') + 1), t3 = row.find('\t', t2 + 1);
+    if (t3 == std::string::npos || t3 + 1 == row.size()) continue;  // tail rows
+    double score = std::stod(row.substr(t2 + 1, t3 - t2 - 1));
     exact.push_back(score);
     int byte = static_cast<int>(255.0 - score * (250.0 / 30.0));
     decoded.push_back((255 - byte) * 30 / 250.0);
@@ -87,95 +74,19 @@ TEST(Report, SplitSdComesFromTheProfileBytes) {
   EXPECT_EQ(valueOf(out.report, "SD up="), CStr(out.sumu2up));
 }
 
-TEST(Report, ScoresEqualToTheMeanCountOnTheUpperSide) {
-  // Every window matches in full: all scores are 10, the mean too.
-  ComparisonState st;
-  testing::openWith(st, std::string(30, 'A'), std::string(12, 'A'));
-  RunSettings s;
-  s.EFWS = "10";
-  s.EFSD = "1";
-  s.EFIdentities = "100";
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
-  EXPECT_NE(out.report.find("Max=10\nMean=10\nSD=0\n"), std::string::npos);
-  EXPECT_NE(out.report.find("SD low=NaN\nSD up=0\n"), std::string::npos);
-}
-
-TEST(Report, AllWindowsWithAnNGiveNotANumberTexts) {
-  ComparisonState st;
-  testing::openWith(st, "ANAANAANAANAANA", "ACGTA");
-  RunSettings s;
-  s.EFWS = "4";
-  s.EFSD = "2";
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
-  EXPECT_NE(out.report.find("Max=0\nMean=NaN\nSD=NaN\n"), std::string::npos);
-  EXPECT_NE(out.report.find("SD low=NaN\nSD up=NaN\n"), std::string::npos);
-  EXPECT_NE(out.report.find("Average identity:NaN\nSD:NaN\n\n"), std::string::npos);
-  for (int i = 0; i <= 11; ++i) EXPECT_EQ(st.m2.get(i), 1) << i;
-  EXPECT_TRUE(std::isnan(out.meangraph));
-}
-
 TEST(Report, ScaleLimitIsOneTheNextTenthOrTheMaximum) {
-  EXPECT_EQ(scaleLimit(30.0f, 30, true), "1");
-  EXPECT_EQ(scaleLimit(24.0f, 30, true), "0.9");
-  EXPECT_EQ(scaleLimit(27.0f, 30, true), "1");
-  EXPECT_EQ(scaleLimit(29.5f, 30, true), "1");
-  EXPECT_EQ(scaleLimit(0.0f, 30, true), "0.1");
-  EXPECT_EQ(scaleLimit(14.0f, 20, true), "0.8");
-  EXPECT_EQ(scaleLimit(24.0f, 30, false), "24");
-  EXPECT_EQ(scaleLimit(17.5f, 100, false), "17.5");
-  EXPECT_EQ(scaleLimit(0.0f, 0, true), "1");  // 0 equals W = 0
-  EXPECT_EQ(scaleLimit(3.0f, 0, true), "Infinity");
-}
-
-TEST(Report, DestinationsShareTheHeadAndDifferBehindIt) {
-  ComparisonState st;
-  testing::openWith(st, "TTGACGTACGATCGATGGCA", "ACGTACGATC");
-  RunSettings s;
-  s.EFWS = "6";
-  s.EFSD = "4";
-  s.EFIdentities = "100";
-  s.CBClipboard = true;
-  s.CBFile = true;
-  std::filesystem::path path = std::filesystem::temp_directory_path() / "trelvane_engine_destinations.txt";
-  s.resultPath = path.string();
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
-  ASSERT_TRUE(out.resultWritten);
-  std::string file = testing::readBytes(path.string());
-  std::filesystem::remove(path);
-
-  std::size_t hash = file.find("\n#\n");
-  ASSERT_NE(hash, std::string::npos);
-  std::string block = file.substr(0, hash + 1);
-  EXPECT_EQ(block.substr(0, 35), "Trelvane comparison\nWindow size=6\nM");
-  EXPECT_EQ(host.clipboard.substr(0, hash + 3), file.substr(0, hash + 3));
-  // The report: the same block without "#", then the averages and the notes.
-  EXPECT_EQ(out.report.substr(0, block.size()), block);
-  EXPECT_EQ(out.report.substr(block.size()),
-            "Average identity:" + Format(out.meangraph, "###.###") + "\nSD:" + Format(out.sdgraph, "###.###") +
-                "\n\nResult is copied into the clipboard\nResult is saved\n");
-  // The file: exactly nbbases profile bytes, as the last tail write ends them.
-  std::string bytes = file.substr(hash + 3);
-  ASSERT_EQ(bytes.size(), 20u);
-  for (int i = 0; i < 20; ++i) EXPECT_EQ(static_cast<uint8_t>(bytes[i]), st.m2.get(i)) << i;
-  EXPECT_EQ(st.m2.get(15), 2);
-  // The clipboard: rows, 15 scored and 5 tail rows.
-  EXPECT_EQ(linesOf(rowsOf(host.clipboard)).size(), 20u);
+  struct Row { float max; int32_t W; bool freq; const char* limit; };
+  for (const Row& r : {Row{30, 30, true, "1"}, Row{24, 30, true, "0.9"}, Row{27, 30, true, "1"},
+                       Row{29.5f, 30, true, "1"}, Row{0, 30, true, "0.1"}, Row{14, 20, true, "0.8"},
+                       Row{24, 30, false, "24"}, Row{17.5f, 100, false, "17.5"},
+                       Row{0, 0, true, "1"},  // 0 equals W = 0
+                       Row{3, 0, true, "Infinity"}})
+    EXPECT_EQ(scaleLimit(r.max, r.W, r.freq), r.limit) << r.max << " of " << r.W;
 }
 
 TEST(Report, WindowOfOneLeavesTheFilledStartInTheFile) {
-  ComparisonState st;
-  testing::openWith(st, "ACGTACGTAC", "GTA");
-  RunSettings s;
-  s.EFWS = "1";
-  s.EFSD = "2";
-  s.CBFile = true;
   std::filesystem::path path = std::filesystem::temp_directory_path() / "trelvane_engine_w1.txt";
-  s.resultPath = path.string();
-  RecordingHost host(st);
-  rumcompute(st, s, host);
+  TestRun("ACGTACGTAC", "GTA").run({.EFWS = "1", .EFSD = "2", .CBFile = true, .resultPath = path.string()});
   std::string file = testing::readBytes(path.string());
   std::filesystem::remove(path);
   // No tail sets the zero at nbbases: the bytes run to the end of the filling.
@@ -185,33 +96,19 @@ TEST(Report, WindowOfOneLeavesTheFilledStartInTheFile) {
 }
 
 TEST(Report, CancelledSaveDialogStillSaysSaved) {
-  ComparisonState st;
-  testing::openWith(st, "ACGTACGTAC", "GTAC");
-  RunSettings s;
-  s.EFWS = "4";
-  s.EFSD = "2";
-  s.CBFile = true;  // no resultPath: the dialog was cancelled
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
-  EXPECT_FALSE(out.resultWritten);
-  EXPECT_EQ(out.report.substr(out.report.size() - 17), "\nResult is saved\n");
-  EXPECT_EQ(host.clipboardCalls, 0);
+  TestRun r("ACGTACGTAC", "GTAC");
+  r.run({.EFWS = "4", .EFSD = "2", .CBFile = true});  // no resultPath: the dialog was cancelled
+  EXPECT_FALSE(r.out.resultWritten);
+  EXPECT_EQ(r.out.report.substr(r.out.report.size() - 17), "\nResult is saved\n");
+  EXPECT_EQ(r.host.clipboardCalls, 0);
 }
 
 TEST(Report, SequenceTextShowsThe1000FirstBasesIn31LetterLines) {
   std::string lg;
   for (int k = 0; k < 1001; ++k) lg += "ACGT"[k % 4];
-  ComparisonState st;
-  testing::openWith(st, lg, "GTACGT");
-  RunSettings s;
-  s.EFWS = "6";
-  s.EFSD = "1";
-  s.EFIdentities = "100";
-  s.display0 = true;
-  s.Display1 = true;
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
-  std::vector<std::string> lines = linesOf(out.report);
+  TestRun r(lg, "GTACGT");
+  r.run({.EFWS = "6", .EFIdentities = "100", .EFSD = "1", .display0 = true, .Display1 = true});
+  std::vector<std::string> lines = linesOf(r.out.report);
   EXPECT_EQ(lines[0], "First sequence");
   EXPECT_EQ(lines[1], "1001");
   for (int k = 2; k < 34; ++k) EXPECT_EQ(lines[k].size(), 31u) << k;

@@ -8,41 +8,39 @@
 namespace trelvane {
 namespace {
 
-using testing::RecordingHost;
+using testing::TestRun;
 
 // 60 bases against 20: with W = 10, positions 0 to 50.
-void sixtyAgainstTwenty(ComparisonState& st) {
+std::string sixty() {
   std::string lg;
   for (int k = 0; k < 60; ++k) lg += "ACGTTGCA"[(k * 3 + k / 4) % 8];
-  testing::openWith(st, lg, lg.substr(7, 20));
+  return lg;
 }
 
+struct Sixty : TestRun {
+  explicit Sixty(int stopAfter = -1) : TestRun(sixty(), sixty().substr(7, 20), stopAfter) {}
+};
+
+const std::string kStopped = (std::filesystem::temp_directory_path() / "trelvane_engine_stopped.txt").string();
+
 RunSettings stopSettings(const char* efsd) {
-  RunSettings s;
-  s.EFWS = "10";
-  s.EFSD = efsd;
-  s.display0 = true;
-  s.EFIdentities = "100";
-  s.CBClipboard = true;
-  s.CBFile = true;
-  s.resultPath = (std::filesystem::temp_directory_path() / "trelvane_engine_stopped.txt").string();
-  std::filesystem::remove(*s.resultPath);
-  return s;
+  std::filesystem::remove(kStopped);
+  return {.EFWS = "10", .EFIdentities = "100", .EFSD = efsd, .display0 = true, .CBFile = true, .CBClipboard = true,
+          .resultPath = kStopped};
 }
 
 TEST(RunControl, StopInTheScanStillDoesResamplingZero) {
-  ComparisonState st;
-  sixtyAgainstTwenty(st);
+  Sixty r(3);  // askclose set at the third position's yield
+  ComparisonState& st = r.st;
   st.maxgraph = 12.5f;  // from an earlier run
-  RunSettings s = stopSettings("20");
-  RecordingHost host(st, 3);  // askclose set at the third position's yield
-  RunOutcome out = rumcompute(st, s, host);
+  const RunOutcome& out = r.run(stopSettings("20")).out;
+  testing::RecordingHost& host = r.host;
   EXPECT_TRUE(out.stopped);
   // Three yields in the scan, then the stop is seen at resampling 1.
   EXPECT_EQ(host.doEventsCalls, 4);
   EXPECT_EQ(host.messages, (std::vector<std::string>{"Show sequences", "Computing...", "Estimate of SD"}));
   EXPECT_EQ(host.clipboardCalls, 0);
-  EXPECT_FALSE(std::filesystem::exists(*s.resultPath));
+  EXPECT_FALSE(std::filesystem::exists(kStopped));
   // What remains is the report built so far: the sequence text.
   std::string letters;
   for (int k = 0; k < 60; ++k) letters += kLetters[st.m0.get(k)];
@@ -64,60 +62,40 @@ TEST(RunControl, StopInTheScanStillDoesResamplingZero) {
   EXPECT_EQ(host.beeps, 1);
 }
 
-TEST(RunControl, StopWithOneResamplingEndsAfterResamplingZero) {
-  ComparisonState st;
-  sixtyAgainstTwenty(st);
-  RecordingHost host(st, 3);
-  RunOutcome out = rumcompute(st, stopSettings("1"), host);
-  EXPECT_TRUE(out.stopped);
-  EXPECT_EQ(host.doEventsCalls, 3);
-}
-
-TEST(RunControl, StopInTheRandomExpectation) {
-  ComparisonState st;
-  sixtyAgainstTwenty(st);
-  // 50 yields in the scan (positions 1 to 50), then resamplings 1 and 2.
-  RecordingHost host(st, 52);
-  RunOutcome out = rumcompute(st, stopSettings("20"), host);
-  EXPECT_TRUE(out.stopped);
-  EXPECT_EQ(host.doEventsCalls, 52);
-  EXPECT_EQ(host.messages.back(), "Estimate of SD");
-  EXPECT_GT(st.m2.get(50), 2);  // the whole scan was done
-}
-
-TEST(RunControl, StopAtTheLastYieldStillSkipsTheOutput) {
-  ComparisonState st;
-  sixtyAgainstTwenty(st);
-  RecordingHost host(st, 50 + 19);
-  RunOutcome out = rumcompute(st, stopSettings("20"), host);
-  EXPECT_TRUE(out.stopped);
-  EXPECT_EQ(host.clipboardCalls, 0);
+TEST(RunControl, LaterStopsSkipTheWholeOutput) {
+  // 50 yields in the scan (positions 1 to 50), then one a resampling.
+  struct Row { const char* name; const char* efsd; int stopAfter, yields; };
+  for (const Row& row : {Row{"OneResamplingEndsAfterResamplingZero", "1", 3, 3},
+                         Row{"InTheRandomExpectation", "20", 52, 52}, Row{"AtTheLastYield", "20", 69, 69}}) {
+    SCOPED_TRACE(row.name);
+    Sixty r(row.stopAfter);
+    r.run(stopSettings(row.efsd));
+    EXPECT_TRUE(r.out.stopped);
+    EXPECT_EQ(r.host.doEventsCalls, row.yields);
+    EXPECT_EQ(r.host.clipboardCalls, 0);
+    EXPECT_FALSE(std::filesystem::exists(kStopped));
+    if (row.stopAfter > 50) {
+      EXPECT_EQ(r.host.messages.back(), "Estimate of SD");
+      EXPECT_GT(r.st.m2.get(50), 2);  // the whole scan was done
+    }
+  }
 }
 
 TEST(RunControl, CpgStopWaitsForTheNextWindowWithoutN) {
-  ComparisonState st;
-  st.open();
-  testing::setLong(st, "ACGTNACGTACGTACG");  // W = 4: windows 1 to 4 hold the N
-  RunSettings s;
-  s.CBCPG = true;
-  s.EFWS = "4";
-  RecordingHost host(st, 2);  // asked at position 1's yield
-  RunOutcome out = rumcompute(st, s, host);
-  EXPECT_TRUE(out.stopped);
-  EXPECT_EQ(host.doEventsCalls, 6);  // positions 0 to 5; the stop is seen at 5
-  for (int i = 1; i <= 4; ++i) EXPECT_EQ(st.m2.get(i), 1) << i;
-  EXPECT_EQ(st.m2.get(5), 2);  // not scored
-  for (const std::string& m : host.messages) EXPECT_NE(m, "Estimate of SD");
+  TestRun r("ACGTNACGTACGTACG", {}, 2);  // W = 4: windows 1 to 4 hold the N; asked at position 1
+  r.run({.EFWS = "4", .CBCPG = true});
+  EXPECT_TRUE(r.out.stopped);
+  EXPECT_EQ(r.host.doEventsCalls, 6);  // positions 0 to 5; the stop is seen at 5
+  for (int i = 1; i <= 4; ++i) EXPECT_EQ(r.st.m2.get(i), 1) << i;
+  EXPECT_EQ(r.st.m2.get(5), 2);  // not scored
+  for (const std::string& m : r.host.messages) EXPECT_NE(m, "Estimate of SD");
 }
 
 TEST(RunControl, FinishedRunShowsEveryStageAndEndsOnTheMainThread) {
-  ComparisonState st;
-  sixtyAgainstTwenty(st);
-  RunSettings s;
-  s.EFWS = "10";
-  s.EFSD = "20";
-  RecordingHost host(st);
-  RunOutcome out = rumcompute(st, s, host);
+  Sixty r;
+  ComparisonState& st = r.st;
+  testing::RecordingHost& host = r.host;
+  const RunOutcome& out = r.run({.EFWS = "10", .EFSD = "20"}).out;
   EXPECT_FALSE(out.stopped);
   EXPECT_EQ(host.messages, (std::vector<std::string>{"Show sequences", "Computing...", "Estimate of SD",
                                                      "Preparing the output...", "Writing the output...",
@@ -146,14 +124,8 @@ TEST(RunControl, FinishedRunShowsEveryStageAndEndsOnTheMainThread) {
 }
 
 TEST(RunControl, ProgressSharesOneBarBetweenBothScans) {
-  ComparisonState st;
-  sixtyAgainstTwenty(st);
-  RunSettings s;
-  s.EFWS = "10";
-  s.EFSD = "51";  // nresample 50, as many as the scan's 50 steps
-  s.progressWidth = 200;
-  RecordingHost host(st);
-  rumcompute(st, s, host);
+  Sixty r;  // nresample 50, as many as the scan's 50 steps
+  const testing::RecordingHost& host = r.run({.EFWS = "10", .EFSD = "51", .progressWidth = 200}).host;
   // Step 0 below 100 positions: one update a position, then a resampling.
   ASSERT_EQ(host.progressValues.size(), 1u + 50u + 50u);
   EXPECT_EQ(host.progressValues[0], 0);
@@ -164,38 +136,22 @@ TEST(RunControl, ProgressSharesOneBarBetweenBothScans) {
 }
 
 TEST(RunControl, SingleAnalysedPositionGivesNoProgressStep) {
-  ComparisonState st;
-  sixtyAgainstTwenty(st);
-  RunSettings s;
-  s.EFWS = "10";
-  s.EFAnaFrom = "5";
-  s.EFAnaTo = "4";
-  s.EFSD = "1";
-  RecordingHost host(st);
-  rumcompute(st, s, host);
-  EXPECT_EQ(host.progressValues, std::vector<int>{0});
-  EXPECT_EQ(host.doEventsCalls, 0);
-
+  RunSettings s{.EFWS = "10", .EFAnaFrom = "5", .EFAnaTo = "4", .EFSD = "1"};
+  Sixty r;
+  EXPECT_EQ(r.run(s).host.progressValues, std::vector<int>{0});
+  EXPECT_EQ(r.host.doEventsCalls, 0);
   // In CpG mode the one position divides 0 by 0: the conversion gives 0.
   s.CBCPG = true;
-  RecordingHost cpg(st);
-  rumcompute(st, s, cpg);
-  EXPECT_EQ(cpg.progressValues, (std::vector<int>{0, 0}));
-  EXPECT_EQ(cpg.doEventsCalls, 1);
+  Sixty cpg;
+  EXPECT_EQ(cpg.run(s).host.progressValues, (std::vector<int>{0, 0}));
+  EXPECT_EQ(cpg.host.doEventsCalls, 1);
 }
 
 TEST(RunControl, CpgProgressFillsOnlyAHundredUnits) {
-  ComparisonState st;
-  st.open();
   std::string lg;
   for (int k = 0; k < 210; ++k) lg += "ACGT"[k % 4];
-  testing::setLong(st, lg);
-  RunSettings s;
-  s.CBCPG = true;
-  s.EFWS = "10";
-  s.progressWidth = 262;
-  RecordingHost host(st);
-  rumcompute(st, s, host);
+  TestRun r(lg);
+  const testing::RecordingHost& host = r.run({.EFWS = "10", .CBCPG = true, .progressWidth = 262}).host;
   ASSERT_EQ(host.progressValues.size(), 1u + 201u);
   EXPECT_EQ(host.progressValues[1], 0);
   EXPECT_EQ(host.progressValues[101], 50);

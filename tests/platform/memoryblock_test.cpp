@@ -5,12 +5,16 @@
 
 using namespace trelvane;
 
-TEST(MemoryBlock, NewBlockIsZeroFilled) {
-  MemoryBlock b(1000);
-  EXPECT_EQ(b.size(), 1000);
-  for (int i = 0; i < 1000; ++i) ASSERT_EQ(b.get(i), 0);
-  EXPECT_FALSE(b.isNil());
+TEST(MemoryBlock, NewBlockIsZeroFilledAndCopiesAreDeep) {
+  MemoryBlock a(1000);
+  EXPECT_EQ(a.size(), 1000);
+  for (int i = 0; i < 1000; ++i) ASSERT_EQ(a.get(i), 0);
+  EXPECT_FALSE(a.isNil());
   EXPECT_TRUE(MemoryBlock().isNil());
+  MemoryBlock b = a;
+  b.set(0, 8);
+  EXPECT_EQ(a.get(0), 0);
+  EXPECT_EQ(b.get(0), 8);
 }
 
 TEST(MemoryBlock, ReadsOutsideGiveZeroAndWritesOutsideAreDropped) {
@@ -38,13 +42,4 @@ TEST(MemoryBlock, CStringStopsAtFirstZero) {
   MemoryBlock full(3);
   full.setBytes(0, "xyz");
   EXPECT_EQ(full.cstringAt(0), "xyz");
-}
-
-TEST(MemoryBlock, CopyIsDeep) {
-  MemoryBlock a(3);
-  a.set(0, 7);
-  MemoryBlock b = a;
-  b.set(0, 8);
-  EXPECT_EQ(a.get(0), 7);
-  EXPECT_EQ(b.get(0), 8);
 }
