@@ -1,17 +1,27 @@
 // memoryblock.cpp -- the padded, zero-filled byte buffer.
 #include "platform/memoryblock.h"
 
+#include <cstdlib>
 #include <cstring>
+#include <new>
 
 namespace trelvane {
 
-MemoryBlock::MemoryBlock(std::ptrdiff_t size)
-    : size_(size < 0 ? 0 : size),
-      buf_(new uint8_t[static_cast<std::size_t>(size_ + 2 * kPad)]()) {}
+namespace {
+uint8_t* zeroed(std::ptrdiff_t bytes) {
+  void* p = std::calloc(static_cast<std::size_t>(bytes), 1);
+  if (!p) throw std::bad_alloc();
+  return static_cast<uint8_t*>(p);
+}
+}  // namespace
+
+void MemoryBlock::Free::operator()(uint8_t* p) const { std::free(p); }
+
+MemoryBlock::MemoryBlock(std::ptrdiff_t size) : size_(size < 0 ? 0 : size), buf_(zeroed(size_ + 2 * kPad)) {}
 
 MemoryBlock::MemoryBlock(const MemoryBlock& other) : size_(other.size_) {
   if (other.buf_) {
-    buf_.reset(new uint8_t[static_cast<std::size_t>(size_ + 2 * kPad)]);
+    buf_.reset(zeroed(size_ + 2 * kPad));
     std::memcpy(buf_.get(), other.buf_.get(), static_cast<std::size_t>(size_ + 2 * kPad));
   }
 }

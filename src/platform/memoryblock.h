@@ -43,8 +43,12 @@ class MemoryBlock {
   uint8_t* data() { return buf_ ? buf_.get() + kPad : nullptr; }
 
  private:
+  // calloc: a large block costs no time nor memory until its pages are used.
+  struct Free {
+    void operator()(uint8_t* p) const;
+  };
   std::ptrdiff_t size_ = 0;
-  std::unique_ptr<uint8_t[]> buf_;
+  std::unique_ptr<uint8_t[], Free> buf_;
 };
 
 }  // namespace trelvane

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -58,6 +59,23 @@ struct Profile {
   }
   // A seek stops on a scored byte, or where p reaches the end of the block.
   bool seekStop(std::ptrdiff_t p) const { return p >= size || at(p) > 2; }
+  // The first position after p, up to last, whose byte is a score; last + 1
+  // where there is none. Eight bytes at a time: a byte of 0, 1 or 2 has no
+  // bit above the lowest two.
+  std::ptrdiff_t nextScored(std::ptrdiff_t p, std::ptrdiff_t last) const {
+    std::ptrdiff_t q = p + 1;
+    const std::ptrdiff_t end = std::min(last + 1, size);
+    for (; q < end && (q & 7) != 0; ++q)
+      if (bytes[q] > 2) return q;
+    for (; q + 8 <= end; q += 8) {
+      uint64_t w;
+      std::memcpy(&w, bytes + q, 8);
+      if (w & 0xFCFCFCFCFCFCFCFCull) break;
+    }
+    for (; q < end; ++q)
+      if (bytes[q] > 2) return q;
+    return last + 1;
+  }
 };
 
 void line(Group2D& g, double x, double y, double x2, double y2, RGB color) {
@@ -265,6 +283,8 @@ void drawColumns(const ComparisonState& st, Form& form, const Scale& sc, Group2D
   } while (!m2.seekStop(p));
 
   col.colsum = col.colsumsq = col.colcount = 0;
+  const bool monotone = sc.xfactor >= 0 && std::isfinite(sc.posto) && std::fabs(sc.posto) < 9e18f;
+  const std::ptrdiff_t lastp = monotone ? static_cast<std::ptrdiff_t>(std::floor(static_cast<double>(sc.posto))) : 0;
   for (; static_cast<double>(p) <= sc.posto; ++p) {
     int32_t x = toInt(sc.column(static_cast<double>(p)));
     bool scoredByte = m2.at(p) > 2;
@@ -278,10 +298,21 @@ void drawColumns(const ComparisonState& st, Form& form, const Scale& sc, Group2D
         col.accumulate(m2.score(p), sc);
       }
       bar.step(p, x, g);
-    } else if (x != colx) {
-      if (col.colbottom != 0) flushColumn(col, colx, false, basesperpixel, form, sc, g);
-      col.reset(sc.canvasHeight);
-      colx = x;
+    } else {
+      // A stretch of unscored bytes: only its first change of column can
+      // flush, and from then on the reset column follows x. With columns
+      // that never go back, the stretch is passed in one step.
+      std::ptrdiff_t q = p + 1;
+      if (monotone && p >= 0) {
+        q = m2.nextScored(p, lastp);
+        x = toInt(sc.column(static_cast<double>(q - 1)));
+      }
+      if (x != colx) {
+        if (col.colbottom != 0) flushColumn(col, colx, false, basesperpixel, form, sc, g);
+        col.reset(sc.canvasHeight);
+        colx = x;
+      }
+      p = q - 1;
     }
   }
 }

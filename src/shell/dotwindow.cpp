@@ -1,8 +1,11 @@
 // dotwindow.cpp -- the dot plot window: its size from the range, its canvas, Redraw.
 #include "shell/dotwindow.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 
 #include "plots/dotplot.h"
 #include "plots/picture_qt.h"
@@ -22,18 +25,31 @@ DotWindow::DotWindow(Window1* origine)
   // PBDot_Action: the range (EFTo and EFFrom repaired), the window's size.
   const plots::DotPlot plot = plots::PBDot_Action(*st_, origine->form());
   const plots::DotWindowSize& size = plot.size;
-  setFixedSize(size.width, size.height);
   lastForm_ = origine->form();
   pct2_ = plot.picture;
 
-  Canvas2_ = new PictureCanvas(this);
+  // The window is as large as the range (one pixel a base, up to 32000 on a
+  // side). Its controls stand on a page of that size, seen through a
+  // scroll area no larger than the screen, so that only what is shown is
+  // ever painted; a plot that fits the screen shows no scroll bar.
+  auto* area = new QScrollArea(this);
+  area->setFrameShape(QFrame::NoFrame);
+  auto* page = new QWidget;
+  page->setFixedSize(size.width, size.height);
+  area->setWidget(page);
+  QSize shown(size.width, size.height);
+  if (QScreen* screen = QGuiApplication::primaryScreen()) shown = shown.boundedTo(screen->availableGeometry().size());
+  setFixedSize(shown);
+  area->setGeometry(0, 0, shown.width(), shown.height());
+
+  Canvas2_ = new PictureCanvas(page);
   Canvas2_->setObjectName(QStringLiteral("Canvas2"));
   Canvas2_->setGeometry(0, 50, size.canvasWidth, size.canvasHeight);
   Canvas2_->setFocusPolicy(Qt::NoFocus);
   Canvas2_->draw = [this](QPainter& painter) {
     if (pct2_) plots::paintPicture(painter, *pct2_);
   };
-  PushButton1_ = new QPushButton(QStringLiteral("Redraw"), this);
+  PushButton1_ = new QPushButton(QStringLiteral("Redraw"), page);
   PushButton1_->setObjectName(QStringLiteral("PushButton1"));
   PushButton1_->setGeometry(14, 16, 94, 22);
   connect(PushButton1_, &QPushButton::clicked, this, [this] { showPlot(); });

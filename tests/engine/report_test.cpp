@@ -1,8 +1,10 @@
 // report_test.cpp -- statistics, the result block, its three destinations and the scale limit.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <random>
 
 #include "engine/profile.h"
@@ -93,6 +95,24 @@ TEST(Report, WindowOfOneLeavesTheFilledStartInTheFile) {
   std::string bytes = file.substr(file.find("\n#\n") + 3);
   EXPECT_EQ(bytes.size(), 400u);
   EXPECT_EQ(bytes[10], '\x02');
+}
+
+TEST(Report, ResultFileReplacesTheOldOneWholeAndADeviceIsWrittenInPlace) {
+  std::filesystem::path path = std::filesystem::temp_directory_path() /
+                               ("trelvane_engine_replace_" + std::to_string(::getpid()) + ".txt");
+  { std::ofstream(path) << "the result of before"; }
+  TestRun r("ACGTACGTAC", "GTAC");
+  r.run({.EFWS = "4", .EFSD = "2", .CBFile = true, .resultPath = path.string()});
+  EXPECT_TRUE(r.out.resultWritten);
+  EXPECT_EQ(testing::readBytes(path.string()).rfind("Trelvane comparison\n", 0), 0u);
+  EXPECT_FALSE(std::filesystem::exists(path.string() + ".part"));
+  std::filesystem::remove(path);
+  // A device takes the bytes where it stands; no file is made beside it.
+  TestRun d("ACGTACGTAC", "GTAC");
+  d.run({.EFWS = "4", .EFSD = "2", .CBFile = true, .resultPath = "/dev/null"});
+  EXPECT_TRUE(d.out.resultWritten);
+  EXPECT_FALSE(std::filesystem::exists("/dev/null.part"));
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
 TEST(Report, CancelledSaveDialogStillSaysSaved) {

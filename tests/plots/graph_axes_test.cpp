@@ -98,9 +98,12 @@ TEST(GraphYAxis, TicksAndLabels) {
     form.CBFreqIB = !r.number, form.CBFreqIB1 = r.number;
     Graph(st, form);
     EXPECT_EQ(labels(st, true), r.want) << r.minX << " " << r.maxX;
-    if (r.maxX == std::string("0.37"))  // the scale still runs up to 0.37 at row 20
+    if (r.maxX == std::string("0.37")) {  // the scale still runs up to 0.37 at row 20
       EXPECT_NEAR(yTicks(st).back().Y, 230 - 210 * 0.3 / 0.37, 1e-3);
-    if (r.minX == std::string("0.25")) EXPECT_GT(yTicks(st).front().Y, 230);  // below the X axis
+    }
+    if (r.minX == std::string("0.25")) {
+      EXPECT_GT(yTicks(st).front().Y, 230);  // below the X axis
+    }
   }
 }
 

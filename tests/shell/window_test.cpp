@@ -11,6 +11,8 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScreen>
+#include <QGuiApplication>
 #include <QRadioButton>
 #include <QTabWidget>
 #include <QUrl>
@@ -471,6 +473,25 @@ TEST_F(DotPlotWindow, OpensSizedFromTheRangeAndRedrawsFromTheWindowAfresh) {
   dot->findChild<QPushButton*>(QStringLiteral("PushButton1"))->click();
   EXPECT_LT(dot->picture()->dots.count(), dotsAll);
   EXPECT_EQ(dot->size(), QSize(100, 151));
+  dot->close();
+}
+
+TEST_F(DotPlotWindow, ARangeWiderThanTheScreenIsSeenThroughAScrollArea) {
+  std::string seq;
+  for (int i = 0; i < 3000; ++i) seq += "ACGT"[(i * 7 + i / 5) % 4];
+  choose(0, temp("wide.fa", ">wide\n" + seq + "\n"));
+  choose(1, temp("short.fa", kShort));
+  w().TabPanel1->setCurrentIndex(3);
+  w().PBDot->click();
+  DotWindow* dot = nullptr;
+  for (QWidget* top : QApplication::topLevelWidgets())
+    if (top->objectName() == "DotWindow" && top->isVisible()) dot = static_cast<DotWindow*>(top);
+  ASSERT_NE(dot, nullptr);
+  const QSize screen = QGuiApplication::primaryScreen()->availableGeometry().size();
+  EXPECT_LE(dot->width(), screen.width());
+  // The canvas keeps one pixel a base; only the window is bounded.
+  EXPECT_EQ(dot->canvas()->width(), 3000 + 40);
+  EXPECT_LT(dot->canvas()->visibleRegion().boundingRect().width(), dot->canvas()->width());
   dot->close();
 }
 
