@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/args.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "platform/numtext.h"
@@ -71,28 +72,10 @@ std::optional<double> seconds(const std::string& text) {
 
 // Fills o from args; false with a sentence in *error on a usage error.
 bool parse(const std::vector<std::string>& args, CheckOptions& o, std::string* error) {
-  for (std::size_t k = 0; k < args.size(); ++k) {
-    std::string name = args[k];
-    std::optional<std::string> inlineValue;
-    if (name.rfind("--", 0) == 0) {
-      auto eq = name.find('=');
-      if (eq != std::string::npos) {
-        inlineValue = name.substr(eq + 1);
-        name.resize(eq);
-      }
-    }
-    auto value = [&](std::string* out) {
-      if (inlineValue) {
-        *out = *inlineValue;
-        return true;
-      }
-      if (k + 1 >= args.size()) {
-        *error = "option '" + name + "' requires an argument";
-        return false;
-      }
-      *out = args[++k];
-      return true;
-    };
+  for (OptionWalker walk(args); walk.next();) {
+    const std::string& name = walk.name();
+    const std::optional<std::string>& inlineValue = walk.inlineValue();
+    auto value = [&](std::string* out) { return walk.value(out, error); };
     if (name == "--help") {
       if (inlineValue) {
         *error = "option '--help' doesn't allow an argument";
@@ -116,7 +99,7 @@ bool parse(const std::vector<std::string>& args, CheckOptions& o, std::string* e
       }
       o.timeout = *s;
     } else if (name.size() > 1 && name[0] == '-') {
-      *error = "unrecognized option '" + args[k] + "'";
+      *error = "unrecognized option '" + walk.arg() + "'";
       return false;
     } else {
       *error = "extra operand '" + name + "'";

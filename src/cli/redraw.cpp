@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/args.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "engine/form.h"
@@ -95,29 +96,10 @@ bool parse(const std::vector<std::string>& args, RedrawOptions& o, std::string* 
       {"--moving-average", &RedrawOptions::movingAverage},
       {"--help", &RedrawOptions::help},
   };
-  for (std::size_t k = 0; k < args.size(); ++k) {
-    std::string name = args[k];
-    std::optional<std::string> inlineValue;
-    if (name.rfind("--", 0) == 0) {
-      auto eq = name.find('=');
-      if (eq != std::string::npos) {
-        inlineValue = name.substr(eq + 1);
-        name.resize(eq);
-      }
-    }
-    // the value of an option that takes one
-    auto value = [&](std::string* out) {
-      if (inlineValue) {
-        *out = *inlineValue;
-        return true;
-      }
-      if (k + 1 >= args.size()) {
-        *error = "option '" + name + "' requires an argument";
-        return false;
-      }
-      *out = args[++k];
-      return true;
-    };
+  for (OptionWalker walk(args); walk.next();) {
+    const std::string& name = walk.name();
+    const std::optional<std::string>& inlineValue = walk.inlineValue();
+    auto value = [&](std::string* out) { return walk.value(out, error); };
     bool known = false;
     for (const auto& [opt, member] : valued) {
       if (name != opt) continue;
@@ -159,7 +141,7 @@ bool parse(const std::vector<std::string>& args, RedrawOptions& o, std::string* 
         return false;
       }
     } else if (name.size() > 1 && name[0] == '-') {
-      *error = "unrecognized option '" + args[k] + "'";
+      *error = "unrecognized option '" + walk.arg() + "'";
       return false;
     } else if (o.result) {
       *error = "extra operand '" + name + "'";
