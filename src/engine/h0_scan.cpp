@@ -1,12 +1,15 @@
 // h0_scan.cpp -- the random expectation: the resampled sequence and the scan of it, inline or beside the first scan.
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <limits>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 
 #include "engine/scan.h"
+#include "engine/scan_batch.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
 
@@ -37,12 +40,21 @@ inline float greater(float a, float b) { return b > a ? b : a; }
 // The arithmetic of the random expectation, apart from the host: resampling 0
 // in full, then one resampling a step, each recorded in its own sums and
 // histogram. It reads the run's inputs and writes nothing of the run, so it
-// can run on a thread of its own.
+// can run on a thread of its own. The fast kernels take the steps a batch at
+// a time; each step's best score waits to be recorded in its turn.
 class H0Scanner {
  public:
   explicit H0Scanner(const RunContext& c)
       : c_(c), row_(static_cast<std::size_t>(c.lastshort) + 1, 0.0f),
-        histogram_(c.histogram.size(), 0.0f) {}
+        histogram_(c.histogram.size(), 0.0f) {
+    if (!c.kernel->isScalar()) batch_.emplace(*c.kernel, c.lastshort);
+    const std::size_t steps = static_cast<std::size_t>(batchSteps());
+    pending_.resize(steps);
+    leave_.resize(steps);
+    enter_.resize(steps);
+    wins_.resize(steps);
+    starts_.resize(steps);
+  }
 
   void first() {
     const uint8_t* m1 = c_.m1->data();
@@ -52,65 +64,46 @@ class H0Scanner {
       row_[j] = fullScoreFromZero(m1 + j, res, c_.W, c_.cells);
       maxscore = greater(maxscore, row_[j]);
     }
+    if (batch_) std::copy(row_.begin(), row_.end(), batch_->before());
     record(maxscore);
   }
 
-  void step(int64_t r) {
+  // The most resamplings that compute() takes at once.
+  int batchSteps() const { return batch_ ? batch_->steps() : 1; }
+  // The resamplings whose best scores wait to be recorded.
+  int pending() const { return pendingCount_ - pendingNext_; }
+
+  // Resamplings r to r + n - 1, n at most batchSteps(), none pending.
+  void compute(int64_t r, int n) {
     const uint8_t* m1 = c_.m1->data();
     const uint8_t* res = c_.resampled.data();
     const int32_t W = c_.W;
-    const int64_t lastshort = c_.lastshort;
-    float* row = row_.data();
-    float maxscore = 0.0f;
-    // The start of the diagonal first, so that its chain of additions
-    // overlaps the row; it goes into the row after.
-    const float start = fullScoreFromZero(m1, res + r, W, c_.cells);
-    if (c_.kernel->isScalar()) {
-      advanceRow(row, m1, lastshort, W, c_.cells.column(res[r - 1]), c_.cells.column(res[r + W - 1]));
-      for (int64_t j = lastshort; j >= 1; --j) maxscore = greater(maxscore, row[j]);
-    } else {
-      const ScanColumns& cols = *c_.columns;
-      maxscore = greater(maxscore, c_.kernel->advanceMax(row, lastshort, cols.leave(res[r - 1]),
-                                                         cols.enter(res[r + W - 1])));
-    }
-    row[0] = start;
-    maxscore = greater(maxscore, row[0]);
-    record(maxscore);
-  }
-
-  // Resamplings r and r + 1 in one pass over the row where the kernel can;
-  // r + 1 is left pending, to be recorded by recordPending().
-  void stepPair(int64_t r) {
-    const ScanKernel& kernel = *c_.kernel;
-    if (kernel.isScalar() || !kernel.advanceMaxPair) {
-      step(r);
-      pendingRow_ = r + 1;
+    pendingCount_ = n;
+    pendingNext_ = 0;
+    if (!batch_) {
+      // The start of the diagonal first, then the row; the start goes into
+      // the row after, which still needs the previous scorerow[0].
+      const float start = fullScoreFromZero(m1, res + r, W, c_.cells);
+      float* row = row_.data();
+      advanceRow(row, m1, c_.lastshort, W, c_.cells.column(res[r - 1]), c_.cells.column(res[r + W - 1]));
+      float maxscore = 0.0f;
+      for (int64_t j = c_.lastshort; j >= 1; --j) maxscore = greater(maxscore, row[j]);
+      row[0] = start;
+      pending_[0] = greater(maxscore, start);
       return;
     }
-    const uint8_t* m1 = c_.m1->data();
-    const uint8_t* res = c_.resampled.data();
-    const int32_t W = c_.W;
     const ScanColumns& cols = *c_.columns;
-    float* row = row_.data();
-    const float start1 = fullScoreFromZero(m1, res + r, W, c_.cells);
-    const float start2 = fullScoreFromZero(m1, res + r + 1, W, c_.cells);
-    float best1, best2;
-    kernel.advanceMaxPair(row, c_.lastshort, cols.leaveBack(res[r - 1]), cols.enterBack(res[r + W - 1]), start1,
-                          cols.leave(res[r]), cols.enter(res[r + W]), &best1, &best2);
-    row[0] = start2;
-    record(greater(greater(0.0f, best1), start1));
-    pendingRow_ = -1;
-    pending_ = greater(greater(0.0f, best2), start2);
-  }
-  // Records resampling r + 1 of the last stepPair(r).
-  void recordPending() {
-    if (pendingRow_ >= 0) {
-      step(pendingRow_);
-      pendingRow_ = -1;
-    } else {
-      record(pending_);
+    for (int k = 0; k < n; ++k) {
+      leave_[k] = cols.leave(res[r + k - 1]);
+      enter_[k] = cols.enter(res[r + k + W - 1]);
+      wins_[k] = res + r + k;
     }
+    startScoresFromZero(m1, wins_.data(), n, W, c_.cells, starts_.data());
+    batch_->advance(n, leave_.data(), enter_.data(), starts_.data());
+    for (int k = 0; k < n; ++k) pending_[k] = greater(greater(0.0f, batch_->best(k)), starts_[k]);
   }
+  // Records the next pending resampling.
+  void recordNext() { record(pending_[static_cast<std::size_t>(pendingNext_++)]); }
 
   // Hands the sums and the histogram to the run.
   void handOver(RunContext& c) {
@@ -127,9 +120,13 @@ class H0Scanner {
   }
 
   const RunContext& c_;
-  float pending_ = 0.0f;     // the best score of the second resampling of a pair
-  int64_t pendingRow_ = -1;  // or that resampling, where it is still to be done
-  ScoreRow row_;
+  ScoreRow row_;  // the scalar kernel's row, and resampling 0's
+  std::optional<RowBatch> batch_;
+  std::vector<float> pending_;
+  int pendingCount_ = 0, pendingNext_ = 0;
+  std::vector<const float*> leave_, enter_;
+  std::vector<const uint8_t*> wins_;
+  std::vector<float> starts_;
   std::vector<float> histogram_;
   ScoreSums sums_;
 };
@@ -164,15 +161,15 @@ class H0Worker {
 
   void body() {
     scanner_.first();
-    // two resamplings a pass over the row, kReportEvery being even
-    int64_t r = 1;
-    for (; r + 1 <= c_.nresample; r += 2) {
+    for (int64_t r = 1; r <= c_.nresample;) {
       if (abort_ || c_.st.askclose) break;
-      scanner_.stepPair(r);
-      scanner_.recordPending();
-      if ((r + 1) % kReportEvery == 0) publish(r + 1);
+      const int n = static_cast<int>(std::min<int64_t>(scanner_.batchSteps(), c_.nresample - r + 1));
+      scanner_.compute(r, n);
+      while (scanner_.pending() > 0) scanner_.recordNext();
+      // told every kReportEvery resamplings, not at every batch
+      if ((r - 1) / kReportEvery != (r + n - 1) / kReportEvery) publish(r + n - 1);
+      r += n;
     }
-    if (r == c_.nresample && !(abort_ || c_.st.askclose)) scanner_.step(r);
     publish(std::numeric_limits<int64_t>::max());
   }
   void publish(int64_t r) {
@@ -224,16 +221,15 @@ void h0Scan(RunContext& c) {
   }
 
   // resampling 0, every window pair in full; each further resampling is the
-  // next offset of the random sequence
+  // next offset of the random sequence, computed a batch at a time and
+  // recorded after its own yield: a stop there drops it and the rest
   H0Scanner scanner(c);
   scanner.first();
-  // two resamplings a pass over the row: the second is recorded after its
-  // own yield, and dropped with a stop there
   for (int64_t r = 1; r <= c.nresample; ++r) {
     if (yieldAndTestStop(c, counter, progressstep, wrap32(span + r), total)) break;
-    if (r % 2 == 0) scanner.recordPending();
-    else if (r + 1 <= c.nresample) scanner.stepPair(r);
-    else scanner.step(r);
+    if (scanner.pending() == 0)
+      scanner.compute(r, static_cast<int>(std::min<int64_t>(scanner.batchSteps(), c.nresample - r + 1)));
+    scanner.recordNext();
   }
   scanner.handOver(c);
 }

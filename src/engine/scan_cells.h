@@ -8,22 +8,23 @@
 // stand in for another at link time.
 namespace trelvane::cells {
 
-// One start of the diagonal step: row[j] = (row[j-1] - leave[j-1]) + enter[j],
-// rounded to Single after each operation. Returns the new score.
-[[gnu::always_inline]] static inline float stepCell(float* row, const float* leave, const float* enter,
-                                                    int64_t j) {
-  float s = row[j - 1] - leave[j - 1];
+// One start of the diagonal step, out of place:
+// next[j] = (prev[j-1] - leave[j-1]) + enter[j], rounded to Single after each
+// operation. Returns the new score.
+[[gnu::always_inline]] static inline float stepCell(const float* prev, float* next, const float* leave,
+                                                    const float* enter, int64_t j) {
+  float s = prev[j - 1] - leave[j - 1];
   s = s + enter[j];
-  row[j] = s;
+  next[j] = s;
   return s;
 }
 
-// The starts hi down to lo, one by one; best becomes the greatest of itself
-// and their scores (a not-a-number score is never the greater).
-[[gnu::always_inline]] static inline void stepCells(float* row, int64_t hi, int64_t lo, const float* leave,
-                                                    const float* enter, float& best) {
-  for (int64_t j = hi; j >= lo; --j) {
-    const float s = stepCell(row, leave, enter, j);
+// The starts lo to hi, one by one; best becomes the greatest of itself and
+// their scores (a not-a-number score is never the greater).
+[[gnu::always_inline]] static inline void stepCells(const float* prev, float* next, int64_t lo, int64_t hi,
+                                                    const float* leave, const float* enter, float& best) {
+  for (int64_t j = lo; j <= hi; ++j) {
+    const float s = stepCell(prev, next, leave, enter, j);
     best = s > best ? s : best;
   }
 }

@@ -10,16 +10,13 @@ namespace {
 
 std::vector<ScanKernel> buildTable() {
   std::vector<ScanKernel> table;
-  table.push_back({"scalar", 1, nullptr, nullptr, nullptr, nullptr, nullptr});
-  table.push_back({"generic", 1, advanceBlocksGeneric, advanceMaxGeneric, blockCandidatesGeneric,
-                   blockMatchGeneric, nullptr});
+  table.push_back({"scalar", 1, nullptr, nullptr, nullptr, nullptr});
+  table.push_back({"generic", 1, advanceSpanGeneric, blocksMaxGeneric, blockCandidatesGeneric, blockMatchGeneric});
 #if defined(__x86_64__)
-  table.push_back({"sse2", 4, advanceBlocksSse2, advanceMaxSse2, blockCandidatesSse2, blockMatchSse2,
-                   nullptr});
+  table.push_back({"sse2", 4, advanceSpanSse2, blocksMaxSse2, blockCandidatesSse2, blockMatchSse2});
   __builtin_cpu_init();
   if (__builtin_cpu_supports("avx2"))
-    table.push_back({"avx2", 8, advanceBlocksAvx2, advanceMaxAvx2, blockCandidatesAvx2, blockMatchAvx2,
-                     advanceMaxPairAvx2});
+    table.push_back({"avx2", 8, advanceSpanAvx2, blocksMaxAvx2, blockCandidatesAvx2, blockMatchAvx2});
 #endif
   return table;
 }
@@ -51,21 +48,16 @@ ScanColumns::ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nsho
   // multiple of 8) reads leave from j0 - 1 and enter from j0, that is the
   // column from j0 + W - 1: the first copy sits one cell late, the second
   // W - 1 cells early, modulo 8.
-  // The copies for the first of two steps sit one cell later still.
   const int64_t stride = (nshort + 2 * kPad + 15) / 16 * 16;
-  storage_.assign(static_cast<std::size_t>(stride * 20), 0.0f);
+  storage_.assign(static_cast<std::size_t>(stride * 10), 0.0f);
   const int64_t enterShift = ((static_cast<int64_t>(W) - 1) % 8 + 8) % 8;
   for (int l = 0; l < 5; ++l) {
     const float* cellsOfL = cells.column(static_cast<uint8_t>(l));
-    float* lv = storage_.data() + (4 * l) * stride + kPad + 1;
-    float* en = storage_.data() + (4 * l + 1) * stride + kPad - enterShift;
-    float* lvBack = storage_.data() + (4 * l + 2) * stride + kPad + 2;
-    float* enBack = storage_.data() + (4 * l + 3) * stride + kPad - enterShift + 1;
-    for (int64_t j = 0; j < nshort; ++j) lv[j] = en[j] = lvBack[j] = enBack[j] = cellsOfL[m1[j]];
+    float* lv = storage_.data() + (2 * l) * stride + kPad + 1;
+    float* en = storage_.data() + (2 * l + 1) * stride + kPad - enterShift;
+    for (int64_t j = 0; j < nshort; ++j) lv[j] = en[j] = cellsOfL[m1[j]];
     leave_[l] = lv;
     enter_[l] = en + (static_cast<int64_t>(W) - 1);
-    leaveBack_[l] = lvBack;
-    enterBack_[l] = enBack + (static_cast<int64_t>(W) - 1);
   }
 }
 

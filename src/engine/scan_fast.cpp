@@ -1,4 +1,5 @@
 // scan_fast.cpp -- the substitution scan with a fast row kernel: the maximum first, ties and alignments after.
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -6,6 +7,7 @@
 #include <thread>
 
 #include "engine/scan.h"
+#include "engine/scan_batch.h"
 #include "platform/numtext.h"
 
 namespace trelvane {
@@ -125,11 +127,37 @@ void substitutionScanColumns(RunContext& c) {
   const int64_t lastshort = c.lastshort;
   const ScanColumns& cols = *c.columns;
   const ScanKernel& kernel = *c.kernel;
-  float* scorerow = c.scorerow.data();
   const int64_t blocks = scanBlockCount(lastshort);
-  std::vector<float> blockmax(static_cast<std::size_t>((blocks + 1) * kBlockMaxLanes));
   std::vector<uint64_t> candidates(static_cast<std::size_t>(blocks / 64 + 1));
   scoreFirstPosition(c);
+  RowBatch batch(kernel, lastshort);
+  std::copy(c.scorerow.begin(), c.scorerow.begin() + (lastshort > 0 ? lastshort : 0) + 1, batch.before());
+
+  // The rows of the next positions, a batch at a time, from position i on.
+  const int steps = batch.steps();
+  std::vector<const float*> leave(static_cast<std::size_t>(steps)), enter(leave);
+  std::vector<const uint8_t*> wins(static_cast<std::size_t>(steps));
+  std::vector<float> starts(static_cast<std::size_t>(steps));
+  std::vector<uint8_t> winCopies(static_cast<std::size_t>(steps) * (static_cast<std::size_t>(W) + 1));
+  auto nextBatch = [&](int64_t i) {
+    const int n = static_cast<int>(std::min<int64_t>(steps, c.lastpos - i + 1));
+    for (int k = 0; k < n; ++k) {
+      const int64_t p = i + k;
+      leave[k] = cols.leave(m0.get(p - 1));
+      enter[k] = cols.enter(m0.get(p + W - 1));
+      const uint8_t* win = c.window(m0, p, W + 1);
+      if (win == c.scratch.data()) {
+        // a window outside m0's padding: kept apart, the scratch is reused
+        uint8_t* copy = winCopies.data() + static_cast<std::size_t>(k) * (static_cast<std::size_t>(W) + 1);
+        std::copy(win, win + W + 1, copy);
+        win = copy;
+      }
+      wins[k] = win;
+    }
+    startScoresFromFirst(m1, wins.data(), n, W, c.cells, starts.data());
+    batch.advance(n, leave.data(), enter.data(), starts.data());
+    return n;
+  };
 
   // With a second core the rows and the alignments are written beside the
   // scan; without one (or without a thread to be had) each stretch is
@@ -165,26 +193,25 @@ void substitutionScanColumns(RunContext& c) {
   const int32_t total = wrap32(static_cast<int64_t>(span) + c.nresample);
   const int32_t progressstep = toInt(span / 100.0);
   int32_t counter = 0;
+  int step = 0, batched = 0;  // step of the batch that holds position i, of batched
   for (int64_t i = c.firstpos + 1; i <= c.lastpos; ++i) {
     if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) break;
 
+    if (step == batched) {
+      batched = nextBatch(i);
+      step = 0;
+    }
+    const float* row = batch.row(step);
+    const float* blockmax = batch.blockmax(step);
+    const float best = batch.best(step);
+    ++step;
     const uint8_t* win = c.window(m0, i, W + 1);
-    const float* leave = cols.leave(m0.get(i - 1));
-    const float* enter = cols.enter(m0.get(i + W - 1));
     const std::size_t firstStart = found.starts.size();
     if (hasN(win, W)) {
       // The row of scores is kept up to date across the N, untested.
-      kernel.advanceMax(scorerow, lastshort, leave, enter);
-      scorerow[0] = fullScoreFromFirst(m1, win, W, c.cells);
       record(i, 0.0f, true, win, firstStart);
       continue;
     }
-    // The start of the diagonal first, so that its chain of additions
-    // overlaps the row; it goes into the row after, which still needs the
-    // previous position's scorerow[0].
-    const float start = fullScoreFromFirst(m1, win, W, c.cells);
-    float best = kernel.advanceBlocks(scorerow, lastshort, leave, enter, blockmax.data());
-    scorerow[0] = start;
 
     // The tests of the scores, descending from lastshort to 1 and then j = 0,
     // leave maxscore at the greatest score when one is above 0, else at 0;
@@ -192,12 +219,12 @@ void substitutionScanColumns(RunContext& c) {
     // not-a-number score equals nothing).
     float maxscore = 0.0f;
     if (best > maxscore) maxscore = best;
-    if (scorerow[0] > maxscore) maxscore = scorerow[0];
+    if (row[0] > maxscore) maxscore = row[0];
     // A block is looked into when its best reaches maxscore or the
     // threshold, whichever is lower (a not-a-number threshold lists nothing).
     const float threshold = c.idthreshold;
     const float lower = threshold < maxscore ? threshold : maxscore;
-    kernel.blockCandidates(blockmax.data(), blocks, lower, candidates.data());
+    kernel.blockCandidates(blockmax, blocks, lower, candidates.data());
     for (int64_t w = (blocks + 63) / 64 - 1; w >= 0; --w) {
       // the blocks of this word, descending
       for (uint64_t leftBlocks = candidates[static_cast<std::size_t>(w)]; leftBlocks != 0;) {
@@ -208,7 +235,7 @@ void substitutionScanColumns(RunContext& c) {
         for (int64_t hi = blockHi; hi >= blockLo; hi -= kMatchSpan) {
           const int64_t lo = hi - kMatchSpan + 1 > blockLo ? hi - kMatchSpan + 1 : blockLo;
           uint64_t ties = 0, listed = 0;
-          kernel.blockMatch(scorerow, lo, hi - lo + 1, maxscore, threshold, &ties, &listed);
+          kernel.blockMatch(row, lo, hi - lo + 1, maxscore, threshold, &ties, &listed);
           for (uint64_t left = ties | listed; left != 0;) {
             const int k = 63 - __builtin_clzll(left);
             left &= ~(uint64_t{1} << k);
@@ -218,8 +245,8 @@ void substitutionScanColumns(RunContext& c) {
         }
       }
     }
-    if (scorerow[0] == maxscore) found.starts.push_back(1);
-    if (threshold <= scorerow[0]) found.starts.push_back(-1);
+    if (row[0] == maxscore) found.starts.push_back(1);
+    if (threshold <= row[0]) found.starts.push_back(-1);
     record(i, maxscore, false, win, firstStart);
   }
   if (writer) {

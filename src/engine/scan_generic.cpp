@@ -6,31 +6,19 @@
 
 namespace trelvane {
 
-namespace {
-
-// Starts hi down to lo of one block; returns their greatest score.
-inline float advanceSpan(float* row, int64_t lo, int64_t hi, const float* leave, const float* enter) {
-  float m = -INFINITY;
-  cells::stepCells(row, hi, lo, leave, enter, m);
-  return m;
-}
-
-}  // namespace
-
-float advanceBlocksGeneric(float* row, int64_t lastshort, const float* leave, const float* enter,
-                           float* blockmax) {
-  float best = -INFINITY;
-  for (int64_t b = scanBlockCount(lastshort) - 1; b >= 0; --b) {
-    int64_t lo = scanBlockLo(b), hi = scanBlockHi(b, lastshort);
-    float m = advanceSpan(row, lo, hi, leave, enter);
+void advanceSpanGeneric(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                        const float* enter, float* blockmax) {
+  for (int64_t b = lo / kScanBlock; b <= hi / kScanBlock; ++b) {
+    float m = -INFINITY;
+    cells::stepCells(prev, next, scanBlockLo(b), scanBlockHi(b, hi), leave, enter, m);
     blockmax[b] = m;
-    best = m > best ? m : best;
   }
-  return best;
 }
 
-float advanceMaxGeneric(float* row, int64_t lastshort, const float* leave, const float* enter) {
-  return lastshort >= 1 ? advanceSpan(row, 1, lastshort, leave, enter) : -INFINITY;
+float blocksMaxGeneric(const float* blockmax, int64_t blocks) {
+  float best = -INFINITY;
+  for (int64_t b = 0; b < blocks; ++b) best = blockmax[b] > best ? blockmax[b] : best;
+  return best;
 }
 
 void blockCandidatesGeneric(const float* blockmax, int64_t blocks, float lower, uint64_t* bits) {

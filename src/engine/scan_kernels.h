@@ -43,25 +43,22 @@ inline int64_t scanBlockHi(int64_t b, int64_t lastshort) {
   return (b + 1) * kScanBlock - 1 < lastshort ? (b + 1) * kScanBlock - 1 : lastshort;
 }
 
-// One step along every diagonal, j from lastshort down to 1:
-//   row[j] = (row[j - 1] - leave[j - 1]) + enter[j]
+// One step along the diagonals of the starts lo to hi, out of place:
+//   next[j] = (prev[j - 1] - leave[j - 1]) + enter[j]
 // each step rounded to Single, in this order. leave is the matrix column of the
 // longest side's base that leaves the window, laid out by start (leave[j] is
 // the cell of m1[j]); enter the column of the entering base, shifted so that
-// enter[j] is the cell of m1[j + W - 1]. Returns the greatest new score; a
-// not-a-number score is never the greatest, and -infinity means none.
-using AdvanceMaxFn = float (*)(float* row, int64_t lastshort, const float* leave, const float* enter);
-// The same step; also keeps the greatest new scores of each block in
-// blockmax, in a form of the kernel's own (kBlockMaxLanes floats a block),
-// for its BlockCandidatesFn.
-using AdvanceBlocksFn = float (*)(float* row, int64_t lastshort, const float* leave,
-                                  const float* enter, float* blockmax);
-// Two steps: the step with leave1 and enter1, then row[0] = start1, then the
-// step with leave2 and enter2, every cell rounded as in two AdvanceMaxFn
-// calls; *max1 and *max2 get what each of those calls would return.
-using AdvanceMaxPairFn = void (*)(float* row, int64_t lastshort, const float* leave1,
-                                  const float* enter1, float start1, const float* leave2,
-                                  const float* enter2, float* max1, float* max2);
+// enter[j] is the cell of m1[j + W - 1]. lo is the first start of a block and
+// hi the last start of a block (or lastshort); prev and next are rows that
+// start on a 64-byte boundary. The greatest new score of each block b goes
+// into blockmax[b * kBlockMaxLanes ..], in a form of the kernel's own, for its
+// BlocksMaxFn and BlockCandidatesFn; a not-a-number score is never the
+// greatest, and -infinity means none.
+using AdvanceSpanFn = void (*)(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                               const float* enter, float* blockmax);
+// The greatest score that blockmax holds for the blocks 0 to blocks - 1
+// (-infinity for none).
+using BlocksMaxFn = float (*)(const float* blockmax, int64_t blocks);
 // Sets bit b % 64 of bits[b / 64] for each of the blocks whose greatest score
 // (from the kernel's AdvanceBlocksFn) is at least lower, clears the others.
 using BlockCandidatesFn = void (*)(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
@@ -77,15 +74,12 @@ using BlockMatchFn = void (*)(const float* row, int64_t lo, int64_t count, float
 struct ScanKernel {
   const char* name;
   int lanes;
-  AdvanceBlocksFn advanceBlocks;
-  AdvanceMaxFn advanceMax;
+  AdvanceSpanFn advanceSpan;
+  BlocksMaxFn blocksMax;
   BlockCandidatesFn blockCandidates;
   BlockMatchFn blockMatch;
-  // Two steps a pass over the row, where the variant has it (nullptr: two
-  // advanceMax calls).
-  AdvanceMaxPairFn advanceMaxPair;
 
-  bool isScalar() const { return advanceBlocks == nullptr; }
+  bool isScalar() const { return advanceSpan == nullptr; }
 };
 
 // Every variant this processor can run, the scalar one first.
@@ -111,42 +105,33 @@ class ScanColumns {
   // The columns of a longest-side byte; bytes above 4 are no base, as N.
   const float* leave(uint8_t l) const { return leave_[l <= 4 ? l : 0]; }
   const float* enter(uint8_t l) const { return enter_[l <= 4 ? l : 0]; }
-  // The same columns placed one cell later, for the first of two steps a
-  // pass: its group of starts j0 reads leave from j0 - 2 and enter from j0 - 1.
-  const float* leaveBack(uint8_t l) const { return leaveBack_[l <= 4 ? l : 0]; }
-  const float* enterBack(uint8_t l) const { return enterBack_[l <= 4 ? l : 0]; }
 
  private:
   ScoreRow storage_;
   const float* leave_[5] = {};
   const float* enter_[5] = {};
-  const float* leaveBack_[5] = {};
-  const float* enterBack_[5] = {};
 };
 
 // The variants' kernels, each file compiled with its own flags.
-float advanceBlocksGeneric(float* row, int64_t lastshort, const float* leave, const float* enter,
-                           float* blockmax);
-float advanceMaxGeneric(float* row, int64_t lastshort, const float* leave, const float* enter);
+void advanceSpanGeneric(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                        const float* enter, float* blockmax);
+float blocksMaxGeneric(const float* blockmax, int64_t blocks);
 void blockCandidatesGeneric(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchGeneric(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                        uint64_t* ties, uint64_t* listed);
 #if defined(__x86_64__)
-float advanceBlocksSse2(float* row, int64_t lastshort, const float* leave, const float* enter,
-                        float* blockmax);
-float advanceMaxSse2(float* row, int64_t lastshort, const float* leave, const float* enter);
+void advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                     const float* enter, float* blockmax);
+float blocksMaxSse2(const float* blockmax, int64_t blocks);
 void blockCandidatesSse2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchSse2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                     uint64_t* ties, uint64_t* listed);
-float advanceBlocksAvx2(float* row, int64_t lastshort, const float* leave, const float* enter,
-                        float* blockmax);
-float advanceMaxAvx2(float* row, int64_t lastshort, const float* leave, const float* enter);
+void advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                     const float* enter, float* blockmax);
+float blocksMaxAvx2(const float* blockmax, int64_t blocks);
 void blockCandidatesAvx2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                     uint64_t* ties, uint64_t* listed);
-void advanceMaxPairAvx2(float* row, int64_t lastshort, const float* leave1, const float* enter1,
-                        float start1, const float* leave2, const float* enter2, float* max1,
-                        float* max2);
 #endif
 
 }  // namespace trelvane

@@ -10,66 +10,58 @@ namespace trelvane {
 
 namespace {
 
-// Starts j0 to j0 + 3, j0 a multiple of 4. Done before the group below, so
-// row[j0 - 1] still holds the previous position.
-inline __m128 step4(float* row, const float* leave, const float* enter, int64_t j0) {
-  __m128 prev = _mm_loadu_ps(row + j0 - 1);     // row[j0-1 .. j0+2], previous position
-  __m128 out = _mm_loadu_ps(leave + j0 - 1);    // cells of m1[j0-1 .. j0+2], leaving base
-  __m128 in = _mm_loadu_ps(enter + j0);         // cells of m1[j0+W-1 .. j0+W+2], entering base
-  __m128 s = _mm_add_ps(_mm_sub_ps(prev, out), in);
-  _mm_storeu_ps(row + j0, s);                   // row[j0 .. j0+3], this position
+// Starts j0 to j0 + 3, j0 a multiple of 4: next[j0 ..] from prev[j0-1 ..].
+[[gnu::always_inline]] inline __m128 step4(const float* prev, float* next, const float* leave,
+                                           const float* enter, int64_t j0) {
+  __m128 out = _mm_loadu_ps(leave + j0 - 1);  // cells of m1[j0-1 .. j0+2], leaving base
+  __m128 in = _mm_loadu_ps(enter + j0);       // cells of m1[j0+W-1 .. j0+W+2], entering base
+  __m128 s = _mm_add_ps(_mm_sub_ps(_mm_loadu_ps(prev + j0 - 1), out), in);
+  _mm_storeu_ps(next + j0, s);
   return s;
 }
 
-// The greatest lane; acc holds no not-a-number.
+// The greatest lane; m holds no not-a-number.
 inline float lanesMax(__m128 m) {
   m = _mm_max_ps(m, _mm_movehl_ps(m, m));
   m = _mm_max_ss(m, _mm_shuffle_ps(m, m, 1));
   return _mm_cvtss_f32(m);
 }
 
-// Starts hi down to lo: the groups of 4 lie on whole vectors of the row
-// (the row starts on a 64-byte boundary); the starts above and below them are
-// done one by one (their greatest in *edge). Returns the greatest score of
-// each lane.
-[[gnu::always_inline]] inline __m128 advanceSpan(float* row, int64_t lo, int64_t hi, const float* leave, const float* enter,
-                         float* edge) {
-  const int64_t first = (lo + 3) & ~int64_t{3};
-  const int64_t groups = hi + 1 >= first ? (hi + 1 - first) / 4 : 0;
-  const int64_t end = first + groups * 4;  // first start above the groups
-  float m = -INFINITY;
-  cells::stepCells(row, hi, end > lo ? end : lo, leave, enter, m);
-  // max_ps(s, acc) gives acc where s is not a number: such a score is never
-  // the greatest. Two maxima, for odd and even groups, so that the next max
-  // need not wait for the one before.
-  __m128 acc = _mm_set1_ps(-INFINITY), acc2 = acc;
-  int64_t g = groups - 1;
-  for (; g >= 1; g -= 2) {
-    acc = _mm_max_ps(step4(row, leave, enter, first + g * 4), acc);
-    acc2 = _mm_max_ps(step4(row, leave, enter, first + (g - 1) * 4), acc2);
-  }
-  if (g == 0) acc = _mm_max_ps(step4(row, leave, enter, first), acc);
-  cells::stepCells(row, first - 1 < hi ? first - 1 : hi, lo, leave, enter, m);
-  *edge = m;
-  return _mm_max_ps(acc, acc2);
-}
-
 }  // namespace
 
-float advanceBlocksSse2(float* row, int64_t lastshort, const float* leave, const float* enter,
-                        float* blockmax) {
-  // blockmax[b * 4 ..] holds the greatest score of each lane of block b;
-  // the starts outside whole groups (at the top and the bottom) go into
-  // lane 0 of their block.
-  const int64_t blocks = scanBlockCount(lastshort);
-  __m128 best = _mm_set1_ps(-INFINITY);
-  for (int64_t b = blocks - 1; b >= 0; --b) {
-    float edge;
-    __m128 lanes = advanceSpan(row, scanBlockLo(b), scanBlockHi(b, lastshort), leave, enter, &edge);
-    lanes = _mm_max_ps(lanes, _mm_setr_ps(edge, -INFINITY, -INFINITY, -INFINITY));
-    _mm_storeu_ps(blockmax + b * 4, lanes);
-    best = _mm_max_ps(lanes, best);
+void advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                     const float* enter, float* blockmax) {
+  // blockmax[b * 4 ..] holds the greatest score of each lane of block b; the
+  // starts outside whole groups go into lane 0 of their block.
+  const float none = -INFINITY;
+  float edge = none;
+  const int64_t firstGroup = (lo + 3) & ~int64_t{3};
+  cells::stepCells(prev, next, lo, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
+  int64_t j = firstGroup;
+  for (int64_t b = lo / kScanBlock; b <= hi / kScanBlock; ++b) {
+    const int64_t blockEnd = (b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi;
+    // max_ps(s, acc) gives acc where s is not a number: such a score is never
+    // the greatest.
+    __m128 acc = _mm_set1_ps(none), acc2 = acc;
+    for (; j + 7 <= blockEnd; j += 8) {
+      acc = _mm_max_ps(step4(prev, next, leave, enter, j), acc);
+      acc2 = _mm_max_ps(step4(prev, next, leave, enter, j + 4), acc2);
+    }
+    if (j + 3 <= blockEnd) {
+      acc = _mm_max_ps(step4(prev, next, leave, enter, j), acc);
+      j += 4;
+    }
+    cells::stepCells(prev, next, j, blockEnd, leave, enter, edge);
+    j = blockEnd + 1;
+    acc = _mm_max_ps(_mm_max_ps(acc, acc2), _mm_setr_ps(edge, none, none, none));
+    _mm_storeu_ps(blockmax + b * 4, acc);
+    edge = none;
   }
+}
+
+float blocksMaxSse2(const float* blockmax, int64_t blocks) {
+  __m128 best = _mm_set1_ps(-INFINITY);
+  for (int64_t b = 0; b < blocks; ++b) best = _mm_max_ps(_mm_loadu_ps(blockmax + b * 4), best);
   return lanesMax(best);
 }
 
@@ -82,13 +74,6 @@ void blockCandidatesSse2(const float* blockmax, int64_t blocks, float lower, uin
     const uint64_t any = _mm_movemask_ps(_mm_cmpge_ps(v, l)) != 0;
     bits[b / 64] |= any << (b % 64);
   }
-}
-
-float advanceMaxSse2(float* row, int64_t lastshort, const float* leave, const float* enter) {
-  if (lastshort < 1) return -INFINITY;
-  float edge;
-  float v = lanesMax(advanceSpan(row, 1, lastshort, leave, enter, &edge));
-  return edge > v ? edge : v;
 }
 
 void blockMatchSse2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,

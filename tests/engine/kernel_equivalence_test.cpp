@@ -8,6 +8,7 @@
 #include <random>
 
 #include "engine/scan.h"
+#include "engine/scan_batch.h"
 #include "engine/scan_kernels.h"
 #include "engine_test_util.h"
 
@@ -179,118 +180,174 @@ TEST(KernelEquivalence, TableHoldsScalarAndThePortableKernels) {
 #endif
 }
 
-// Each kernel against the reference on one row step, including the tail
-// starts that no whole vector covers and scores that are not numbers.
-TEST(KernelEquivalence, RowStepMatchesReferenceOnEveryLength) {
+// A matrix with negative, infinite and not-a-number cells, mostly finite.
+struct OddCells {
+  float matrice[5][5] = {{0, 0, 0, 0, 0},
+                         {0, 1.0f, -0.5f, 0.25f, INFINITY},
+                         {0, 0.07f, std::nanf(""), 0.01f, 0.09f},
+                         {0, 0.02f, 0.11f, 0.77f, -0.1f},
+                         {0, 0.013f, 0.047f, -INFINITY, 0.75f}};
+};
+
+// A shortest sequence mostly of the finite cells' bases, now and then one
+// that gives an infinite or not-a-number score.
+std::vector<uint8_t> shortBases(std::mt19937& gen, int64_t nshort) {
+  std::vector<uint8_t> m1(static_cast<std::size_t>(nshort) + 100, 0);
+  for (int64_t j = 0; j < nshort; ++j) m1[j] = static_cast<uint8_t>(gen() % 16 == 0 ? 2 : 1 + gen() % 2 * 2);
+  return m1;
+}
+
+ScoreRow randomRow(std::mt19937& gen, int64_t lastshort) {
+  ScoreRow row(static_cast<std::size_t>(lastshort) + 1);
+  for (float& v : row) v = static_cast<float>(static_cast<int>(gen() % 2000) - 500) / 64.0f;
+  return row;
+}
+
+bool sameBits(float a, float b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+// Each kernel's step over whole blocks against the reference on every row
+// length around the groups and blocks: the scores, each block's best (as
+// its candidate test sees it) and the greatest of all.
+TEST(KernelEquivalence, SpanStepMatchesReferenceOnEveryLength) {
   std::mt19937 gen(11);
-  const float matrice[5][5] = {{0, 0, 0, 0, 0},
-                               {0, 0.91f, 0.03f, -0.05f, 0.01f},
-                               {0, 0.07f, std::nanf(""), 0.01f, 0.09f},
-                               {0, 0.02f, 0.11f, 0.77f, -0.1f},
-                               {0, 0.013f, 0.047f, 0.19f, 0.75f}};
-  CellTable cells(matrice);
+  OddCells odd;
+  CellTable cells(odd.matrice);
+  int lengths = 0;
   for (int W : {0, 1, 7, 30}) {
-    for (int64_t lastshort = 0; lastshort <= 300; lastshort += 1 + lastshort / 9) {
+    for (int64_t lastshort = 0; lastshort <= 700; lastshort += lastshort < 140 ? 1 : 1 + lastshort / 9) {
+      ++lengths;
       const int64_t nshort = lastshort + W;
-      std::vector<uint8_t> m1(static_cast<std::size_t>(nshort) + 100, 0);
-      for (int64_t j = 0; j < nshort; ++j) m1[j] = static_cast<uint8_t>(1 + gen() % 4);
+      std::vector<uint8_t> m1 = shortBases(gen, nshort);
       ScanColumns cols(cells, m1.data(), nshort, W);
-      ScoreRow start(static_cast<std::size_t>(lastshort) + 1);
-      for (float& v : start) v = static_cast<float>(static_cast<int>(gen() % 2000) - 500) / 64.0f;
+      const ScoreRow start = randomRow(gen, lastshort);
       const uint8_t out = static_cast<uint8_t>(1 + gen() % 4), in = static_cast<uint8_t>(1 + gen() % 4);
       ScoreRow expected = start;
       advanceRow(expected.data(), m1.data(), lastshort, W, cells.column(out), cells.column(in));
+      const int64_t blocks = scanBlockCount(lastshort);
+      std::vector<float> blockBest(static_cast<std::size_t>(blocks), -INFINITY);
+      for (int64_t j = 1; j <= lastshort; ++j) {
+        float& b = blockBest[static_cast<std::size_t>(j / kScanBlock)];
+        if (expected[j] > b) b = expected[j];
+      }
+      float bestExpected = -INFINITY;
+      for (float b : blockBest) bestExpected = b > bestExpected ? b : bestExpected;
       for (const ScanKernel& k : scanKernels()) {
-        if (k.isScalar()) continue;
-        ScoreRow row = start;
-        std::vector<float> blocks(static_cast<std::size_t>(scanBlockCount(lastshort) * kBlockMaxLanes) + 1, 7.0f);
-        float best = k.advanceBlocks(row.data(), lastshort, cols.leave(out), cols.enter(in),
-                                     blocks.data());
-        float bestExpected = -INFINITY;
-        std::vector<float> blockBest(static_cast<std::size_t>(scanBlockCount(lastshort)), -INFINITY);
-        for (int64_t j = 1; j <= lastshort; ++j) {
-          ASSERT_EQ(std::memcmp(&row[j], &expected[j], sizeof(float)), 0) << k.name << " j=" << j;
-          if (expected[j] > bestExpected) bestExpected = expected[j];
-          float& b = blockBest[static_cast<std::size_t>(j / kScanBlock)];
-          if (expected[j] > b) b = expected[j];
-        }
+        if (k.isScalar() || lastshort < 1) continue;
+        ScoreRow next(start.size() + 16, 7.0f);
+        std::vector<float> blockmax(static_cast<std::size_t>((blocks + 1) * kBlockMaxLanes), 7.0f);
+        // two calls, split where a block begins, as the tiles of a batch do
+        const int64_t split = blocks > 2 ? 2 * kScanBlock : lastshort + 1;
+        k.advanceSpan(start.data(), next.data(), 1, split - 1, cols.leave(out), cols.enter(in), blockmax.data());
+        if (split <= lastshort)
+          k.advanceSpan(start.data(), next.data(), split, lastshort, cols.leave(out), cols.enter(in),
+                        blockmax.data());
+        for (int64_t j = 1; j <= lastshort; ++j)
+          ASSERT_TRUE(sameBits(next[j], expected[j])) << k.name << " W=" << W << " j=" << j;
+        EXPECT_EQ(next[0], 7.0f) << k.name;  // start 0 is the caller's
+        EXPECT_EQ(next[lastshort + 1], 7.0f) << k.name;
+        EXPECT_TRUE(sameBits(k.blocksMax(blockmax.data(), blocks), bestExpected)) << k.name;
         // Each block is a candidate for its own best score, and not for the
         // next Single above it.
-        for (std::size_t b = 0; b < blockBest.size(); ++b) {
-          if (blockBest[b] == -INFINITY) continue;
-          uint64_t bits[8] = {};
-          k.blockCandidates(blocks.data(), static_cast<int64_t>(blockBest.size()), blockBest[b], bits);
+        for (int64_t b = 0; b < blocks; ++b) {
+          const float best = blockBest[static_cast<std::size_t>(b)];
+          if (best == -INFINITY) continue;
+          uint64_t bits[16] = {};
+          k.blockCandidates(blockmax.data(), blocks, best, bits);
           EXPECT_TRUE((bits[b / 64] >> (b % 64)) & 1) << k.name << " block " << b;
-          k.blockCandidates(blocks.data(), static_cast<int64_t>(blockBest.size()),
-                            std::nextafter(blockBest[b], INFINITY), bits);
+          if (best == INFINITY) continue;
+          k.blockCandidates(blockmax.data(), blocks, std::nextafter(best, INFINITY), bits);
           EXPECT_FALSE((bits[b / 64] >> (b % 64)) & 1) << k.name << " block " << b;
         }
-        EXPECT_EQ(best, bestExpected) << k.name;
-        ScoreRow row2 = start;
-        EXPECT_EQ(k.advanceMax(row2.data(), lastshort, cols.leave(out), cols.enter(in)),
-                  bestExpected) << k.name;
-        EXPECT_EQ(std::memcmp(row2.data(), row.data(), row.size() * sizeof(float)), 0) << k.name;
+      }
+    }
+  }
+  EXPECT_GT(lengths, 200);
+}
+
+// A batch of steps, tile by tile, against as many reference steps one after
+// the other, over several batches (the last row of one is the first of the
+// next) and rows longer than a tile.
+TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
+  std::mt19937 gen(23);
+  OddCells odd;
+  CellTable cells(odd.matrice);
+  for (int W : {0, 8, 30}) {
+    for (int64_t lastshort : {int64_t{1}, int64_t{7}, int64_t{8}, int64_t{127}, int64_t{128}, int64_t{300},
+                              RowBatch::kTile - 1, RowBatch::kTile, RowBatch::kTile + 9, 3 * RowBatch::kTile + 200}) {
+      const int64_t nshort = lastshort + W;
+      std::vector<uint8_t> m1 = shortBases(gen, nshort);
+      ScanColumns cols(cells, m1.data(), nshort, W);
+      const ScoreRow first = randomRow(gen, lastshort);
+      for (const ScanKernel& k : scanKernels()) {
+        if (k.isScalar()) continue;
+        RowBatch batch(k, lastshort);
+        ASSERT_GE(batch.steps(), 2);
+        std::copy(first.begin(), first.end(), batch.before());
+        ScoreRow expected = first;
+        std::mt19937 bases(static_cast<uint32_t>(lastshort * 7 + W));
+        // batches of every size from 1 up to the most, and the most twice
+        std::vector<int> sizes;
+        for (int n = 1; n <= batch.steps(); ++n) sizes.push_back(n);
+        sizes.push_back(batch.steps());
+        for (int n : sizes) {
+          std::vector<const float*> leave, enter;
+          std::vector<float> starts;
+          std::vector<ScoreRow> rows;
+          std::vector<float> bests;
+          for (int q = 0; q < n; ++q) {
+            const uint8_t out = static_cast<uint8_t>(bases() % 5), in = static_cast<uint8_t>(bases() % 5);
+            leave.push_back(cols.leave(out));
+            enter.push_back(cols.enter(in));
+            advanceRow(expected.data(), m1.data(), lastshort, W, cells.column(out), cells.column(in));
+            float best = -INFINITY;
+            for (int64_t j = 1; j <= lastshort; ++j) best = expected[j] > best ? expected[j] : best;
+            bests.push_back(best);
+            expected[0] = static_cast<float>(static_cast<int>(bases() % 400) - 100) / 8.0f;
+            starts.push_back(expected[0]);
+            rows.push_back(expected);
+          }
+          batch.advance(n, leave.data(), enter.data(), starts.data());
+          for (int q = 0; q < n; ++q) {
+            ASSERT_EQ(std::memcmp(batch.row(q), rows[q].data(), rows[q].size() * sizeof(float)), 0)
+                << k.name << " W=" << W << " lastshort=" << lastshort << " batch of " << n << " step " << q;
+            EXPECT_TRUE(sameBits(batch.best(q), bests[q])) << k.name << " step " << q;
+          }
+        }
       }
     }
   }
 }
 
-// Two steps a pass against two reference steps, on every length around the
-// groups of 8 and the edges above and below them.
-TEST(KernelEquivalence, PairStepMatchesTwoReferenceSteps) {
-  std::mt19937 gen(23);
-  const float matrice[5][5] = {{0, 0, 0, 0, 0},
-                               {0, 1.0f, -0.5f, 0.25f, INFINITY},
-                               {0, 0.07f, std::nanf(""), 0.01f, 0.09f},
-                               {0, 0.02f, 0.11f, 0.77f, -0.1f},
-                               {0, 0.013f, 0.047f, -INFINITY, 0.75f}};
-  CellTable cells(matrice);
-  int pairs = 0, lengths = 0;
-  for (int W : {0, 1, 8, 30}) {
-    for (int64_t lastshort = 0; lastshort <= 400; lastshort += lastshort < 140 ? 1 : 7) {
-      ++lengths;
-      const int64_t nshort = lastshort + W;
-      std::vector<uint8_t> m1(static_cast<std::size_t>(nshort) + 100, 0);
-      // mostly the finite cells, now and then an infinite or not-a-number one
-      for (int64_t j = 0; j < nshort; ++j) m1[j] = static_cast<uint8_t>(gen() % 16 == 0 ? 2 : 1 + gen() % 2 * 2);
-      // a not-a-number cell where the groups meet the starts done one by one
-      if (nshort > 8 + W && gen() % 3 == 0) m1[static_cast<std::size_t>(6 + W)] = 2;
-      ScanColumns cols(cells, m1.data(), nshort, W);
-      ScoreRow start(static_cast<std::size_t>(lastshort) + 1);
-      for (float& v : start) v = static_cast<float>(static_cast<int>(gen() % 2000) - 500) / 64.0f;
-      uint8_t base[4];
-      for (uint8_t& b : base) b = static_cast<uint8_t>(1 + gen() % 4);
-      const float start1 = static_cast<float>(static_cast<int>(gen() % 400) - 100) / 8.0f;
-      ScoreRow expected = start;
-      advanceRow(expected.data(), m1.data(), lastshort, W, cells.column(base[0]), cells.column(base[1]));
-      float best1 = -INFINITY, best2 = -INFINITY;
-      for (int64_t j = 1; j <= lastshort; ++j) best1 = expected[j] > best1 ? expected[j] : best1;
-      expected[0] = start1;
-      advanceRow(expected.data(), m1.data(), lastshort, W, cells.column(base[2]), cells.column(base[3]));
-      for (int64_t j = 1; j <= lastshort; ++j) best2 = expected[j] > best2 ? expected[j] : best2;
-      for (const ScanKernel& k : scanKernels()) {
-        if (!k.advanceMaxPair) continue;
-        ScoreRow row = start;
-        float max1 = 7.0f, max2 = 7.0f;
-        // the first step from the copies placed for it, half the time
-        const bool back = lastshort % 2 == 0;
-        k.advanceMaxPair(row.data(), lastshort, back ? cols.leaveBack(base[0]) : cols.leave(base[0]),
-                         back ? cols.enterBack(base[1]) : cols.enter(base[1]), start1,
-                         cols.leave(base[2]), cols.enter(base[3]), &max1, &max2);
-        row[0] = expected[0];
-        ASSERT_EQ(std::memcmp(row.data(), expected.data(), row.size() * sizeof(float)), 0)
-            << k.name << " W=" << W << " lastshort=" << lastshort;
-        EXPECT_EQ(std::memcmp(&max1, &best1, sizeof max1), 0) << k.name << " lastshort=" << lastshort;
-        EXPECT_EQ(std::memcmp(&max2, &best2, sizeof max2), 0) << k.name << " lastshort=" << lastshort;
-        ++pairs;
+// The start scores of a batch, side by side, against the one-by-one sums.
+TEST(KernelEquivalence, StartScoresMatchTheOneByOneSums) {
+  std::mt19937 gen(5);
+  OddCells odd;
+  odd.matrice[2][2] = 0.07f;  // not-a-number cells stay in a third of the windows
+  CellTable cells(odd.matrice);
+  CellTable withNaN(OddCells{}.matrice);
+  for (int W : {0, 1, 2, 5, 30, 255}) {
+    std::vector<uint8_t> m1 = shortBases(gen, W + 1);
+    std::vector<std::vector<uint8_t>> windows;
+    for (int q = 0; q < 11; ++q) {
+      std::vector<uint8_t> w(static_cast<std::size_t>(W) + 1);
+      for (uint8_t& b : w) b = static_cast<uint8_t>(gen() % 6);  // with N and a byte above 4
+      windows.push_back(w);
+    }
+    std::vector<const uint8_t*> wins;
+    for (const auto& w : windows) wins.push_back(w.data());
+    for (const CellTable* t : {&cells, &withNaN}) {
+      for (int n = 0; n <= 11; ++n) {
+        std::vector<float> first(static_cast<std::size_t>(n) + 1, 9.0f), zero(first);
+        startScoresFromFirst(m1.data(), wins.data(), n, W, *t, first.data());
+        startScoresFromZero(m1.data(), wins.data(), n, W, *t, zero.data());
+        for (int q = 0; q < n; ++q) {
+          EXPECT_TRUE(sameBits(first[q], fullScoreFromFirst(m1.data(), wins[q], W, *t))) << "W=" << W << " q=" << q;
+          EXPECT_TRUE(sameBits(zero[q], fullScoreFromZero(m1.data(), wins[q], W, *t))) << "W=" << W << " q=" << q;
+        }
+        EXPECT_EQ(first[n], 9.0f);
       }
     }
   }
-#if defined(__x86_64__)
-  if (__builtin_cpu_supports("avx2")) {
-    EXPECT_EQ(pairs, lengths);
-  }
-#endif
 }
 
 // Whole runs: every kernel on one and two threads gives the scalar run's

@@ -1,0 +1,64 @@
+// scan_batch.h -- successive steps of the diagonal recurrence, a batch at a time, a tile of starts at a time.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "engine/scan_kernels.h"
+
+namespace trelvane {
+
+struct CellTable;
+
+// The rows of up to steps() successive positions (or resamplings), each
+// computed out of place from the one before:
+//   row(k)[j] = (row(k - 1)[j - 1] - leave[k][j - 1]) + enter[k][j]
+// with row(k)[0] = start[k]. A batch runs a tile of starts through all of its
+// steps before the next tile, so that the tile's rows and the matrix columns
+// stay in the level-1 cache; every cell sees the operations of the step by
+// step recurrence, in the same order.
+class RowBatch {
+ public:
+  // Starts tiled together: whole blocks.
+  static constexpr int64_t kTile = 4 * kScanBlock;
+
+  RowBatch(const ScanKernel& kernel, int64_t lastshort);
+
+  // The most steps a batch takes.
+  int steps() const { return steps_; }
+  // The row the next batch starts from: the last row of the batch before,
+  // or, before the first batch, the row to fill.
+  float* before() { return rows_[last_]; }
+  // The row of step k of the last batch, and the greatest scores of its blocks.
+  const float* row(int k) const { return rows_[static_cast<std::size_t>(k) + 1]; }
+  const float* blockmax(int k) const { return blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_; }
+  // The greatest score of the starts 1 to lastshort of step k (-infinity for
+  // none; never a not-a-number).
+  float best(int k) const { return kernel_.blocksMax(blockmax(k), blocks_); }
+
+  // Runs n steps (1 to steps()): step k with the columns leave[k] and
+  // enter[k], and start[k] for its start 0.
+  void advance(int n, const float* const* leave, const float* const* enter, const float* start);
+
+ private:
+  const ScanKernel& kernel_;
+  int64_t lastshort_;
+  int64_t blocks_;
+  int steps_;
+  std::size_t blockmaxStride_;
+  ScoreRow storage_;
+  std::vector<float*> rows_;  // rows_[0] the row before, rows_[k + 1] that of step k
+  std::size_t last_ = 0;      // rows_[last_]: the last row of the last batch
+  std::vector<float> blockmax_;
+};
+
+// The scores at start 0 of n windows of the longest side against the first
+// window of the shortest, a few at a time so that their chains of additions
+// overlap: out[k] is fullScoreFromFirst(m1, wins[k], W, cells), bit for bit.
+void startScoresFromFirst(const uint8_t* m1, const uint8_t* const* wins, int n, int32_t W,
+                          const CellTable& cells, float* out);
+// The same from 0.0, as fullScoreFromZero adds them.
+void startScoresFromZero(const uint8_t* m1, const uint8_t* const* wins, int n, int32_t W,
+                         const CellTable& cells, float* out);
+
+}  // namespace trelvane
