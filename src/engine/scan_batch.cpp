@@ -14,22 +14,34 @@ namespace {
 // level-2 cache), and a batch takes at least two steps and at most 16.
 constexpr int64_t kBatchFloats = int64_t{1} << 18;
 constexpr int kMostSteps = 16;
+// Without kept rows a batch costs no more memory for more steps.
+constexpr int kMostStepsBestOnly = 32;
 // Floats after each row: whole 64-byte lines.
 constexpr int64_t kRowPad = 16;
 
 }  // namespace
 
-RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort)
-    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)) {
+RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, bool keepRows)
+    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)), keepRows_(keepRows) {
   const int64_t rowFloats = (std::max<int64_t>(lastshort, 0) + 1 + kRowPad + 15) / 16 * 16;
-  steps_ = static_cast<int>(std::clamp<int64_t>(kBatchFloats / rowFloats, 2, kMostSteps));
-  storage_.assign(static_cast<std::size_t>(rowFloats * (steps_ + 1)), 0.0f);
-  for (int k = 0; k <= steps_; ++k) rows_.push_back(storage_.data() + k * rowFloats);
+  // Kept rows take a row a step; otherwise four rows do: the one before, the
+  // last, and two that the steps between take in turn.
+  steps_ = keepRows ? static_cast<int>(std::clamp<int64_t>(kBatchFloats / rowFloats, 2, kMostSteps)) : kMostStepsBestOnly;
+  const int rows = keepRows ? steps_ + 1 : 4;
+  storage_.assign(static_cast<std::size_t>(rowFloats * rows), 0.0f);
+  for (int k = 0; k < rows; ++k) rows_.push_back(storage_.data() + k * rowFloats);
   blockmaxStride_ = static_cast<std::size_t>((blocks_ + 1) * kBlockMaxLanes);
   blockmax_.assign(blockmaxStride_ * static_cast<std::size_t>(steps_), -INFINITY);
+  halo_.assign(static_cast<std::size_t>(steps_), 0.0f);
 }
 
 void RowBatch::advance(int n, const float* const* leave, const float* const* enter, const float* start) {
+  if (keepRows_) advanceKeepingRows(n, leave, enter, start);
+  else advanceBestOnly(n, leave, enter, start);
+}
+
+void RowBatch::advanceKeepingRows(int n, const float* const* leave, const float* const* enter,
+                                  const float* start) {
   // The last row of the batch before becomes the row before this one.
   std::swap(rows_[0], rows_[last_]);
   last_ = static_cast<std::size_t>(n);
@@ -40,7 +52,37 @@ void RowBatch::advance(int n, const float* const* leave, const float* const* ent
     const int64_t hi = std::min((lo / kTile + 1) * kTile - 1, lastshort_);
     for (int k = 0; k < n; ++k)
       kernel_.advanceSpan(rows_[static_cast<std::size_t>(k)], rows_[static_cast<std::size_t>(k) + 1], lo, hi,
-                          leave[k], enter[k], blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_);
+                          leave[k], enter[k], blockmaxOf(k));
+  }
+}
+
+void RowBatch::advanceBestOnly(int n, const float* const* leave, const float* const* enter,
+                               const float* start) {
+  // rows_[0] the row before, rows_[1] the last; steps 0 to n - 2 write into
+  // rows_[2] and rows_[3] in turn, a tile at a time.
+  if (last_ != 0) std::swap(rows_[0], rows_[last_]);
+  last_ = 1;
+  float* before = rows_[0];
+  float* after = rows_[1];
+  float* turn[2] = {rows_[2], rows_[3]};
+  after[0] = start[n - 1];
+  // Below the first tile, each step's score is its start.
+  for (int k = 0; k < n; ++k) halo_[static_cast<std::size_t>(k)] = start[k];
+  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kTile + 1) * kTile) {
+    const int64_t hi = std::min((lo / kTile + 1) * kTile - 1, lastshort_);
+    for (int k = 0; k < n; ++k) {
+      const float* prev = k == 0 ? before : turn[(k - 1) & 1];
+      if (k == n - 1) {
+        kernel_.advanceSpan(prev, after, lo, hi, leave[k], enter[k], blockmaxOf(k));
+        break;
+      }
+      // The tile below left its step k's top score in the halo; a later
+      // step of it wrote over that cell, which step k + 1 here reads.
+      float* next = turn[k & 1];
+      next[lo - 1] = halo_[static_cast<std::size_t>(k)];
+      kernel_.advanceSpan(prev, next, lo, hi, leave[k], enter[k], blockmaxOf(k));
+      halo_[static_cast<std::size_t>(k)] = next[hi];
+    }
   }
 }
 

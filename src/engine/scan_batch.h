@@ -22,14 +22,19 @@ class RowBatch {
   // Starts tiled together: whole blocks.
   static constexpr int64_t kTile = 4 * kScanBlock;
 
-  RowBatch(const ScanKernel& kernel, int64_t lastshort);
+  // keepRows: every step's row stays readable after the batch (row(k));
+  // without it only the last row and the block maxima do, and the rows
+  // between stay within the tile being computed (the random expectation
+  // needs no more).
+  RowBatch(const ScanKernel& kernel, int64_t lastshort, bool keepRows = true);
 
   // The most steps a batch takes.
   int steps() const { return steps_; }
   // The row the next batch starts from: the last row of the batch before,
   // or, before the first batch, the row to fill.
   float* before() { return rows_[last_]; }
-  // The row of step k of the last batch, and the greatest scores of its blocks.
+  // The row of step k of the last batch (where rows are kept), and the
+  // greatest scores of its blocks.
   const float* row(int k) const { return rows_[static_cast<std::size_t>(k) + 1]; }
   const float* blockmax(int k) const { return blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_; }
   // The greatest score of the starts 1 to lastshort of step k (-infinity for
@@ -41,10 +46,16 @@ class RowBatch {
   void advance(int n, const float* const* leave, const float* const* enter, const float* start);
 
  private:
+  void advanceKeepingRows(int n, const float* const* leave, const float* const* enter, const float* start);
+  void advanceBestOnly(int n, const float* const* leave, const float* const* enter, const float* start);
+  float* blockmaxOf(int k) { return blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_; }
+
   const ScanKernel& kernel_;
   int64_t lastshort_;
   int64_t blocks_;
   int steps_;
+  bool keepRows_;
+  std::vector<float> halo_;  // without kept rows: each step's score just below the tile
   std::size_t blockmaxStride_;
   ScoreRow storage_;
   std::vector<float*> rows_;  // rows_[0] the row before, rows_[k + 1] that of step k

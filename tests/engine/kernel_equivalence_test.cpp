@@ -281,8 +281,12 @@ TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
       for (const ScanKernel& k : scanKernels()) {
         if (k.isScalar()) continue;
         RowBatch batch(k, lastshort);
+        // the same steps keeping only each one's best, as the random expectation does
+        RowBatch bestOnly(k, lastshort, false);
         ASSERT_GE(batch.steps(), 2);
+        ASSERT_GE(bestOnly.steps(), batch.steps());
         std::copy(first.begin(), first.end(), batch.before());
+        std::copy(first.begin(), first.end(), bestOnly.before());
         ScoreRow expected = first;
         std::mt19937 bases(static_cast<uint32_t>(lastshort * 7 + W));
         // batches of every size from 1 up to the most, and the most twice
@@ -307,11 +311,15 @@ TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
             rows.push_back(expected);
           }
           batch.advance(n, leave.data(), enter.data(), starts.data());
+          bestOnly.advance(n, leave.data(), enter.data(), starts.data());
           for (int q = 0; q < n; ++q) {
             ASSERT_EQ(std::memcmp(batch.row(q), rows[q].data(), rows[q].size() * sizeof(float)), 0)
                 << k.name << " W=" << W << " lastshort=" << lastshort << " batch of " << n << " step " << q;
             EXPECT_TRUE(sameBits(batch.best(q), bests[q])) << k.name << " step " << q;
+            EXPECT_TRUE(sameBits(bestOnly.best(q), bests[q])) << k.name << " best only, step " << q;
           }
+          ASSERT_EQ(std::memcmp(bestOnly.before(), expected.data(), expected.size() * sizeof(float)), 0)
+              << k.name << " best only, W=" << W << " lastshort=" << lastshort << " batch of " << n;
         }
       }
     }
