@@ -62,16 +62,18 @@ void advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, con
     // one before.
     // Each word of prev is loaded once, for its own group and the next.
     __m256 acc = _mm256_set1_ps(none), acc2 = acc;
-    __m256 lower = turned(prev, j - 8);
-    for (; j + 15 <= blockEnd; j += 16) {
-      const __m256 upper = turned(prev, j), upper2 = turned(prev, j + 8);
-      acc = _mm256_max_ps(step8(shifted(upper, lower), next, leave, enter, j), acc);
-      acc2 = _mm256_max_ps(step8(shifted(upper2, upper), next, leave, enter, j + 8), acc2);
-      lower = upper2;
-    }
     if (j + 7 <= blockEnd) {
-      acc = _mm256_max_ps(step8(shifted(turned(prev, j), lower), next, leave, enter, j), acc);
-      j += 8;
+      __m256 lower = turned(prev, j - 8);
+      for (; j + 15 <= blockEnd; j += 16) {
+        const __m256 upper = turned(prev, j), upper2 = turned(prev, j + 8);
+        acc = _mm256_max_ps(step8(shifted(upper, lower), next, leave, enter, j), acc);
+        acc2 = _mm256_max_ps(step8(shifted(upper2, upper), next, leave, enter, j + 8), acc2);
+        lower = upper2;
+      }
+      if (j + 7 <= blockEnd) {
+        acc = _mm256_max_ps(step8(shifted(turned(prev, j), lower), next, leave, enter, j), acc);
+        j += 8;
+      }
     }
     cells::stepCells(prev, next, j, blockEnd, leave, enter, edge);
     j = blockEnd + 1;
