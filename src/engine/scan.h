@@ -108,7 +108,10 @@ struct RunContext {
   // The len bytes of a block from off, for reading: a pointer into the block
   // (or its zero padding), or a copy read through get() when the window lies
   // further out, as an unchecked EFAnaFrom can ask.
-  const uint8_t* window(const MemoryBlock& b, int64_t off, int64_t len) {
+  const uint8_t* window(const MemoryBlock& b, int64_t off, int64_t len) { return windowIn(b, off, len, scratch); }
+
+  // The same with a scratch buffer of the caller's (at least len bytes).
+  static const uint8_t* windowIn(const MemoryBlock& b, int64_t off, int64_t len, std::vector<uint8_t>& scratch) {
     if (b.data() && off >= -MemoryBlock::kPad && off + len <= b.size() + MemoryBlock::kPad)
       return b.data() + off;
     for (int64_t k = 0; k < len; ++k) scratch[static_cast<std::size_t>(k)] = b.get(off + k);

@@ -414,6 +414,53 @@ TEST(KernelEquivalence, RowsWrittenBesideTheScanMatchAcrossStretchesAndStops) {
   }
 }
 
+// Long enough for the scan along the longest sequence to go in parts on
+// threads of their own: each part repeats the positions before it until its
+// diagonals hold what the whole scan has. Every thread count, stops before,
+// at and after the part boundaries and in the middle of a stretch, ranges
+// outside the sequence, N runs, bytes above 4 and a matrix whose sums round.
+TEST(KernelEquivalence, PartsOnThreadsOfTheirOwnGiveTheScalarBytes) {
+  std::mt19937 gen(77);
+  Case k;
+  k.lg = randomLetters(gen, 13000, 1);
+  // The last window of the shortest sequence at the first position of each
+  // part (of the whole range, on 2, 3 and 5 threads): the top start, whose
+  // diagonal the repeat reaches last, holds the best score there.
+  const std::string motif = randomLetters(gen, 21, 0);
+  for (int at : {2596, 4327, 5192, 6490, 7788, 8653, 10384}) k.lg.replace(at, motif.size(), motif);
+  k.sh = randomLetters(gen, 150, 1) + k.lg.substr(6400, 60) + motif;
+  k.oddBytes = {{9000, 7}, {-40, 200}};
+  std::uniform_real_distribution<float> any(-0.3f, 1.0f);
+  for (int a = 1; a <= 4; ++a)
+    for (int b = 1; b <= 4; ++b) k.matrice[a][b] = a == b ? 0.9f + any(gen) / 10 : any(gen) / 3;
+  k.s.EFWS = "21";
+  k.s.EFSD = "900";
+  k.s.EFIdentities = "12.5";
+  k.s.CBClipboard = true;
+  k.s.CBFile = true;
+  k.s.seed = 12;
+  struct Range {
+    const char* from;
+    const char* to;
+  };
+  int parted = 0;
+  for (Range r : {Range{"1", "max"}, Range{"-3000", "9000"}, Range{"200", "14500"}}) {
+    k.s.EFAnaFrom = r.from;
+    k.s.EFAnaTo = r.to;
+    for (int stop : {-1, 300, 4330, 4331, 6500, 8700, 12000}) {
+      k.stopAfter = stop;
+      const Seen reference = runCase(k, "scalar", 1);
+      for (int threads : {2, 3, 5}) {
+        expectSame(runCase(k, "auto", threads), reference,
+                   std::string(r.from) + " stop " + std::to_string(stop) + " threads " + std::to_string(threads));
+        if (::testing::Test::HasFailure()) return;
+        ++parted;
+      }
+    }
+  }
+  EXPECT_EQ(parted, 63);
+}
+
 // The bundled example with long ties and many listed alignments.
 TEST(KernelEquivalence, ExampleRunWithListingGivesTheScalarBytes) {
   Case k;

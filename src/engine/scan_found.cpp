@@ -1,0 +1,70 @@
+// scan_found.cpp -- what the tests of the positions found, and its writing into rows and the listing, in order.
+#include "engine/scan_found.h"
+
+#include "engine/scan.h"
+
+namespace trelvane {
+
+void Found::truncate(std::size_t keep) {
+  if (keep >= positions.size()) return;
+  std::size_t entries = 0;
+  for (std::size_t k = 0; k < keep; ++k) entries += positions[k].starts;
+  positions.resize(keep);
+  starts.resize(entries);
+}
+
+void writeFound(RunContext& c, const Found& f) {
+  std::size_t next = 0;
+  for (const PositionFound& p : f.positions) {
+    const uint8_t* win = p.winAt >= 0 ? f.windows.data() + p.winAt : p.win;
+    c.tielist.clear();
+    for (uint32_t k = 0; k < p.starts; ++k) {
+      const int64_t e = f.starts[next++];
+      if (e > 0) appendStart(c.tielist, e - 1);
+      else listAlignment(c, -e - 1, p.i, win);
+    }
+    if (p.n) nRow(c, p.i, win[0]);
+    else scoredRow(c, p.i, win[0], p.maxscore);
+  }
+}
+
+void FoundWriter::handOver(Found& f) {
+  {
+    std::lock_guard lock(mutex_);
+    queue_.push_back(std::move(f));
+    if (!spare_.empty()) {
+      f = std::move(spare_.back());
+      spare_.pop_back();
+    } else {
+      f = Found{};
+    }
+  }
+  cv_.notify_all();
+  f.clear();
+}
+
+void FoundWriter::finish() {
+  {
+    std::lock_guard lock(mutex_);
+    done_ = true;
+  }
+  cv_.notify_all();
+  if (thread_.joinable()) thread_.join();
+}
+
+void FoundWriter::body() {
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    cv_.wait(lock, [&] { return done_ || !queue_.empty(); });
+    if (queue_.empty()) return;
+    Found f = std::move(queue_.front());
+    queue_.pop_front();
+    lock.unlock();
+    writeFound(c_, f);
+    f.clear();
+    lock.lock();
+    spare_.push_back(std::move(f));
+  }
+}
+
+}  // namespace trelvane
