@@ -10,6 +10,7 @@
 
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
+#include "engine/scan_tester.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
 
@@ -143,6 +144,7 @@ class H0Worker {
   }
   ~H0Worker() {
     abort_ = true;
+    if (c_.scanTail) c_.scanTail->giveUp();
     if (thread_.joinable()) thread_.join();
   }
 
@@ -171,6 +173,11 @@ class H0Worker {
       r += n;
     }
     publish(std::numeric_limits<int64_t>::max());
+    // Then the end of the scan along the longest sequence, where enough of
+    // it is left.
+    int64_t from, to;
+    if (c_.scanTail && !abort_ && c_.scanTail->steal(from, to, c_.lastshort))
+      testPart(c_, from, to, nullptr, c_.scanTail->queue());
   }
   void publish(int64_t r) {
     {

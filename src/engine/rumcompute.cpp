@@ -3,6 +3,7 @@
 
 #include "engine/profile.h"
 #include "engine/run.h"
+#include "engine/scan_tester.h"
 #include "engine/scan.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
@@ -139,7 +140,10 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
   } else {
     if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W);
     c.threads = runThreads(s);
-    if (c.threads >= 2) startH0(c);
+    if (c.threads >= 2) {
+      if (!c.kernel->isScalar()) c.scanTail.reset(new ScanTail(c.lastpos, shortestScanPart(c)));
+      startH0(c);
+    }
     substitutionScan(c);
     h0Scan(c);
   }

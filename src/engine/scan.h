@@ -50,6 +50,11 @@ struct ScoreSums {
 inline int32_t wrap32(int64_t v) { return static_cast<int32_t>(static_cast<uint32_t>(v)); }
 
 class H0Worker;
+class ScanTail;
+// Frees a tail (defined where the tail is).
+struct ScanTailEnd {
+  void operator()(ScanTail* t) const;
+};
 // Ends the worker's thread and frees it (defined where the worker is).
 struct H0WorkerEnd {
   void operator()(H0Worker* w) const;
@@ -99,6 +104,9 @@ struct RunContext {
   // random expectation running beside the scan on a thread of its own
   const ScanKernel* kernel = nullptr;
   std::optional<ScanColumns> columns;
+  // the end of the scan along the longest sequence, which the random
+  // expectation's thread takes over once its own work is done
+  std::unique_ptr<ScanTail, ScanTailEnd> scanTail;
   std::unique_ptr<H0Worker, H0WorkerEnd> h0worker;  // last: it ends before what it reads goes
 
   int threads = 1;  // the threads the run may use
@@ -155,6 +163,8 @@ void drawResampled(RunContext& c, uint64_t seed);
 void substitutionScan(RunContext& c);
 // The substitution scan with a fast row kernel over c.columns.
 void substitutionScanColumns(RunContext& c);
+// The fewest positions a part of the scan on a thread of its own takes.
+int64_t shortestScanPart(const RunContext& c);
 // Starts the random expectation on a thread of its own, beside the scan
 // along the longest sequence; h0Scan then reports it to the host as if it ran
 // after that scan.

@@ -11,31 +11,37 @@
 
 namespace trelvane {
 
+int64_t shortestScanPart(const RunContext& c) { return std::max<int64_t>(4 * (c.lastshort + 1), 2048); }
+
 namespace {
 
-// A part of the scan on a thread of its own repeats the lastshort + 1
-// positions before it: a part takes at least four times as many (so that
-// the repeat always begins after the first position, too).
-int64_t shortestPart(const RunContext& c) { return std::max<int64_t>(4 * (c.lastshort + 1), 2048); }
-
-// The later parts of the scan on threads of their own: none where the
-// positions are too few, or where a thread cannot be had.
-std::vector<std::unique_ptr<PartTester>> startParts(const RunContext& c, int64_t& firstPartLast) {
+// The parts of the scan: the first on this thread, the later ones on
+// threads of their own (one thread of the run is the random
+// expectation's). None where the positions are too few, or where a thread
+// cannot be had. Sets the last position of the first part, and the tail of
+// the last part that the random expectation's thread may take (nullptr for
+// none).
+std::vector<std::unique_ptr<PartTester>> startParts(RunContext& c, int64_t& firstPartLast, ScanTail*& tail) {
   std::vector<std::unique_ptr<PartTester>> parts;
   const int64_t count = c.lastpos - c.firstpos;  // positions after the first
-  int64_t n = std::min<int64_t>(c.threads, 64);
-  while (n > 1 && count / n < shortestPart(c)) --n;
-  firstPartLast = c.lastpos;
-  if (n <= 1) return parts;
-  auto partStart = [&](int64_t k) { return c.firstpos + 1 + count * k / n; };
+  int64_t n = std::min<int64_t>(c.threads - 1, 64);
+  while (n > 1 && count / n < shortestScanPart(c)) --n;
+  auto partStart = [&](int64_t k) { return c.firstpos + 1 + count * k / std::max<int64_t>(n, 1); };
+  tail = c.scanTail.get();
   try {
-    for (int64_t k = 1; k < n; ++k)
-      parts.push_back(std::make_unique<PartTester>(c, partStart(k), partStart(k + 1) - 1));
+    for (int64_t k = 1; k < n; ++k) {
+      // armed before the part's tester can commit
+      if (tail && k == n - 1) tail->arm(partStart(k) - 1);
+      parts.push_back(std::make_unique<PartTester>(c, partStart(k), partStart(k + 1) - 1, k == n - 1 ? tail : nullptr));
+    }
   } catch (const std::system_error&) {
-    parts.clear();  // the whole scan on this thread, then
-    return parts;
+    // The whole scan on this thread, then; a tail already taken is not used.
+    parts.clear();
+    if (tail) tail->giveUp();
+    tail = nullptr;
   }
-  firstPartLast = partStart(1) - 1;
+  if (tail && parts.empty()) tail->arm(c.firstpos);
+  firstPartLast = parts.empty() ? c.lastpos : partStart(1) - 1;
   return parts;
 }
 
@@ -67,34 +73,50 @@ void substitutionScanColumns(RunContext& c) {
   // The first part here; the later ones, where there are, go on beside it
   // and are taken in their order, each position after its own yield.
   int64_t firstPartLast;
-  std::vector<std::unique_ptr<PartTester>> parts = startParts(c, firstPartLast);
+  ScanTail* tail;
+  std::vector<std::unique_ptr<PartTester>> parts = startParts(c, firstPartLast, tail);
+  auto giveUp = [&] {
+    for (auto& part : parts) part->queue().giveUp();
+    if (tail) tail->giveUp();
+  };
   const int32_t span = wrap32(c.lastpos - c.firstpos);
   const int32_t total = wrap32(static_cast<int64_t>(span) + c.nresample);
   const int32_t progressstep = toInt(span / 100.0);
   int32_t counter = 0;
+  int64_t i = c.firstpos + 1;
   {
-    PositionTester tester(c, firstPartLast);
+    PositionTester tester(c, firstPartLast, parts.empty() ? tail : nullptr);
     std::copy(c.scorerow.begin(), c.scorerow.begin() + std::max<int64_t>(c.lastshort, 0) + 1, tester.before());
-    for (int64_t i = c.firstpos + 1; i <= firstPartLast; ++i) {
+    for (; tester.ready(i); ++i) {
       if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) {
+        giveUp();
         flush();
-        return;  // the parts are given up as they go
+        return;
       }
       tester.test(i, found);
       if (found.positions.size() >= kStretch) flush();
     }
   }
   flush();
+  std::vector<PartQueue*> queues;
+  for (auto& part : parts) queues.push_back(&part->queue());
+  // Once the last part has ended, its tail (where taken) follows it.
   std::size_t taken = 0;  // positions of `found` past their yield
-  int64_t i = firstPartLast + 1;
-  for (const auto& part : parts) {
+  bool tailTaken = false;
+  for (std::size_t q = 0;; ++q) {
+    if (q == queues.size()) {
+      if (tailTaken || !tail || !tail->stolen()) break;
+      queues.push_back(&tail->queue());
+      tailTaken = true;
+    }
     for (;;) {
       if (taken == found.positions.size()) {
         if (taken > 0) flush();
         taken = 0;
-        if (!part->take(found)) break;
+        if (!queues[q]->take(found)) break;
       }
       if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) {
+        giveUp();
         found.truncate(taken);
         flush();
         return;

@@ -15,8 +15,8 @@ constexpr std::size_t kMostReadyBytes = std::size_t{64} << 20;
 
 }  // namespace
 
-PositionTester::PositionTester(const RunContext& c, int64_t last)
-    : c_(c), last_(last), batch_(*c.kernel, c.lastshort),
+PositionTester::PositionTester(const RunContext& c, int64_t last, ScanTail* tail)
+    : c_(c), last_(last), tail_(tail), batch_(*c.kernel, c.lastshort),
       candidates_(static_cast<std::size_t>(scanBlockCount(c.lastshort) / 64 + 1)),
       scratch_(static_cast<std::size_t>(c.W) + 2, 0) {
   const std::size_t steps = static_cast<std::size_t>(batch_.steps());
@@ -29,11 +29,10 @@ PositionTester::PositionTester(const RunContext& c, int64_t last)
 
 const uint8_t* PositionTester::window(int64_t i) { return RunContext::windowIn(c_.st.m0, i, c_.W + 1, scratch_); }
 
-int PositionTester::nextBatch(int64_t i, int64_t last) {
+void PositionTester::computeBatch(int64_t i, int n) {
   const MemoryBlock& m0 = c_.st.m0;
   const int32_t W = c_.W;
   const ScanColumns& cols = *c_.columns;
-  const int n = static_cast<int>(std::min<int64_t>(batch_.steps(), last - i + 1));
   for (int k = 0; k < n; ++k) {
     const int64_t p = i + k;
     leave_[k] = cols.leave(m0.get(p - 1));
@@ -49,20 +48,29 @@ int PositionTester::nextBatch(int64_t i, int64_t last) {
   }
   startScoresFromFirst(c_.m1->data(), wins_.data(), n, W, c_.cells, starts_.data());
   batch_.advance(n, leave_.data(), enter_.data(), starts_.data());
-  return n;
 }
 
 void PositionTester::warmUp(int64_t from, int64_t to) {
-  for (int64_t i = from; i <= to; i += nextBatch(i, to)) {
+  for (int64_t i = from; i <= to;) {
+    const int n = static_cast<int>(std::min<int64_t>(batch_.steps(), to - i + 1));
+    computeBatch(i, n);
+    i += n;
   }
   step_ = batched_ = 0;
 }
 
+bool PositionTester::ready(int64_t i) {
+  if (step_ < batched_) return true;
+  int n = static_cast<int>(std::min<int64_t>(batch_.steps(), last_ - i + 1));
+  if (tail_ && n > 0) n = tail_->commit(i, n);
+  if (n <= 0) return false;
+  computeBatch(i, n);
+  batched_ = n;
+  step_ = 0;
+  return true;
+}
+
 void PositionTester::test(int64_t i, Found& found) {
-  if (step_ == batched_) {
-    batched_ = nextBatch(i, last_);
-    step_ = 0;
-  }
   const ScanKernel& kernel = *c_.kernel;
   const int64_t lastshort = c_.lastshort;
   const int64_t blocks = scanBlockCount(lastshort);
@@ -124,42 +132,7 @@ void PositionTester::test(int64_t i, Found& found) {
   record(maxscore, false);
 }
 
-PartTester::PartTester(const RunContext& c, int64_t from, int64_t to)
-    : c_(c), from_(from), to_(to), thread_([this] { body(); }) {}
-
-PartTester::~PartTester() {
-  giveUp();
-  if (thread_.joinable()) thread_.join();
-}
-
-void PartTester::giveUp() {
-  giveUp_ = true;
-  cv_.notify_all();
-}
-
-void PartTester::body() {
-  PositionTester tester(c_, to_);
-  // A diagonal tested at position from_ or later started at j = 0 no more
-  // than lastshort positions before: from warmFrom + 1 on, the row holds what
-  // the whole scan has, whatever it held at warmFrom (zeros). A part starts
-  // far enough after the first position for warmFrom to lie beyond it.
-  const int64_t warmFrom = from_ - (c_.lastshort + 1);
-  tester.warmUp(warmFrom + 1, from_ - 1);
-  Found f;
-  for (int64_t i = from_; i <= to_; ++i) {
-    if (f.positions.empty() && giveUp_) break;
-    tester.test(i, f);
-    if (f.positions.size() >= kStretch) publish(f);
-  }
-  if (!f.positions.empty()) publish(f);
-  {
-    std::lock_guard lock(mutex_);
-    ended_ = true;
-  }
-  cv_.notify_all();
-}
-
-void PartTester::publish(Found& f) {
+void PartQueue::publish(Found& f) {
   std::unique_lock lock(mutex_);
   cv_.wait(lock, [&] { return readyBytes_ < kMostReadyBytes || giveUp_; });
   readyBytes_ += f.bytes();
@@ -169,7 +142,15 @@ void PartTester::publish(Found& f) {
   f = Found{};
 }
 
-bool PartTester::take(Found& f) {
+void PartQueue::end() {
+  {
+    std::lock_guard lock(mutex_);
+    ended_ = true;
+  }
+  cv_.notify_all();
+}
+
+bool PartQueue::take(Found& f) {
   std::unique_lock lock(mutex_);
   cv_.wait(lock, [&] { return !ready_.empty() || ended_; });
   if (ready_.empty()) return false;
@@ -180,5 +161,84 @@ bool PartTester::take(Found& f) {
   cv_.notify_all();
   return true;
 }
+
+void PartQueue::giveUp() {
+  {
+    std::lock_guard lock(mutex_);
+    giveUp_ = true;
+  }
+  cv_.notify_all();
+}
+
+void testPart(const RunContext& c, int64_t from, int64_t to, ScanTail* tail, PartQueue& queue) {
+  PositionTester tester(c, to, tail);
+  // A diagonal tested at position from or later started at j = 0 no more
+  // than lastshort positions before: from there on the row holds what the
+  // whole scan has, whatever it held before (zeros).
+  tester.warmUp(from - c.lastshort, from - 1);
+  Found f;
+  for (int64_t i = from; tester.ready(i); ++i) {
+    if (f.positions.empty() && queue.givenUp()) break;
+    tester.test(i, f);
+    if (f.positions.size() >= kStretch) queue.publish(f);
+  }
+  if (!f.positions.empty()) queue.publish(f);
+  queue.end();
+}
+
+PartTester::PartTester(const RunContext& c, int64_t from, int64_t to, ScanTail* tail)
+    : thread_([this, &c, from, to, tail] { testPart(c, from, to, tail, queue_); }) {}
+
+PartTester::~PartTester() {
+  queue_.giveUp();
+  if (thread_.joinable()) thread_.join();
+}
+
+void ScanTail::arm(int64_t before) {
+  {
+    std::lock_guard lock(mutex_);
+    committed_ = before;
+    armed_ = true;
+  }
+  cv_.notify_all();
+}
+
+int ScanTail::commit(int64_t i, int n) {
+  std::lock_guard lock(mutex_);
+  const int64_t allowed = std::min<int64_t>(n, limit_ - i + 1);
+  if (allowed <= 0) return 0;
+  committed_ = i + allowed - 1;
+  return static_cast<int>(allowed);
+}
+
+bool ScanTail::steal(int64_t& from, int64_t& to, int64_t repeat) {
+  std::unique_lock lock(mutex_);
+  cv_.wait(lock, [&] { return armed_ || givenUp_; });
+  if (givenUp_) return false;
+  // The tester goes on from committed_ + 1; the thief repeats `repeat`
+  // positions before its own: the tester keeps (left + repeat) / 2.
+  const int64_t left = limit_ - committed_;
+  if (left < 2 * shortestPart_) return false;
+  from = committed_ + 1 + (left + repeat) / 2;
+  to = limit_;
+  limit_ = from - 1;
+  return true;
+}
+
+bool ScanTail::stolen() const {
+  std::lock_guard lock(mutex_);
+  return limit_ < lastpos_;
+}
+
+void ScanTail::giveUp() {
+  {
+    std::lock_guard lock(mutex_);
+    givenUp_ = true;
+  }
+  cv_.notify_all();
+  queue_.giveUp();
+}
+
+void ScanTailEnd::operator()(ScanTail* t) const { delete t; }
 
 }  // namespace trelvane

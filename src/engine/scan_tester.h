@@ -15,30 +15,35 @@
 namespace trelvane {
 
 struct RunContext;
+class ScanTail;
 
 // The tests of successive positions up to `last`: the rows of a batch of
 // positions, then for each position its best score, its tied starts and its
 // listed ones, into a Found. It reads the run and writes only its own, so
-// that parts of the scan can be tested on threads of their own.
+// that parts of the scan can be tested on threads of their own. Where it
+// tests the last part, the tail may end it earlier.
 class PositionTester {
  public:
-  PositionTester(const RunContext& c, int64_t last);
+  PositionTester(const RunContext& c, int64_t last, ScanTail* tail = nullptr);
 
   // The row the first batch starts from.
   float* before() { return batch_.before(); }
   // The rows of the positions from to to, computed and not tested.
   void warmUp(int64_t from, int64_t to);
-  // Tests position i, the one after the last tested or warmed up.
+  // Whether position i, the one after the last tested or warmed up, is this
+  // tester's: its row is then computed.
+  bool ready(int64_t i);
+  // Tests position i, once ready.
   void test(int64_t i, Found& found);
 
  private:
-  // The rows of the positions from i on, as many as a batch takes up to
-  // last; returns how many.
-  int nextBatch(int64_t i, int64_t last);
+  // The rows of the positions from i to i + n - 1.
+  void computeBatch(int64_t i, int n);
   const uint8_t* window(int64_t i);
 
   const RunContext& c_;
   int64_t last_;
+  ScanTail* tail_;
   RowBatch batch_;
   int step_ = 0, batched_ = 0;  // the step of the batch for the next position, of batched_
   std::vector<uint64_t> candidates_;
@@ -49,34 +54,81 @@ class PositionTester {
   std::vector<uint8_t> winCopies_;
 };
 
-// A later part of the scan, from to to, tested on a thread of its own. It
-// starts lastshort + 1 positions early (or at the first position, from its
-// row), so that every diagonal it tests has seen the operations of the whole
-// scan, and hands its stretches over in their order.
-class PartTester {
+// The stretches of a part tested on another thread, handed over in their
+// order.
+class PartQueue {
  public:
-  PartTester(const RunContext& c, int64_t from, int64_t to);
-  ~PartTester();
-
-  // The next stretch of the part, waiting for it; false once the part has
-  // ended or been given up.
+  // For the part's thread: hands a stretch over (f comes back empty),
+  // waiting while too much waits already; marks the part ended.
+  void publish(Found& f);
+  void end();
+  bool givenUp() const { return giveUp_; }
+  // For the scan: the next stretch, waiting for it; false once the part
+  // has ended (or was given up) and every stretch is taken.
   bool take(Found& f);
-  // Gives the part up: the thread ends at its next stretch.
+  // The part's thread ends at its next stretch.
   void giveUp();
 
  private:
-  void body();
-  void publish(Found& f);
-
-  const RunContext& c_;
-  const int64_t from_, to_;
   std::atomic<bool> giveUp_{false};
   std::mutex mutex_;
   std::condition_variable cv_;
   std::deque<Found> ready_;
   std::size_t readyBytes_ = 0;
   bool ended_ = false;
+};
+
+// Tests the positions from to to on the calling thread into queue, after the
+// lastshort + 1 positions before them (from zeros), so that every diagonal it
+// tests has seen the operations of the whole scan. A part starts far enough
+// after the first position for those to lie after it. Ends the queue.
+void testPart(const RunContext& c, int64_t from, int64_t to, ScanTail* tail, PartQueue& queue);
+
+// A later part of the scan, from to to, tested on a thread of its own.
+class PartTester {
+ public:
+  PartTester(const RunContext& c, int64_t from, int64_t to, ScanTail* tail);
+  ~PartTester();
+  PartQueue& queue() { return queue_; }
+
+ private:
+  PartQueue queue_;
   std::thread thread_;  // last: it starts when all the above stands
+};
+
+// The end of the scan's last part, which the random expectation's thread
+// takes over once its own resamplings are done: the tester of the last part
+// tests a batch only once it has committed to it, and the thread takes half
+// of what is left beyond (with its repeat of the positions before), so that
+// both end about together.
+class ScanTail {
+ public:
+  ScanTail(int64_t lastpos, int64_t shortestPart) : limit_(lastpos), lastpos_(lastpos), shortestPart_(shortestPart) {}
+
+  // For the scan: the last part goes from before + 1 on. Called once, before
+  // its tester commits.
+  void arm(int64_t before);
+  // For the tester of the last part: how many of the n positions from i it
+  // may test; 0 where the part ends before i.
+  int commit(int64_t i, int n);
+  // For the random expectation's thread: the positions it takes, waiting
+  // until the scan has armed the tail; false where too few are left or the
+  // run was given up. Called once.
+  bool steal(int64_t& from, int64_t& to, int64_t repeat);
+  // Whether positions were taken (once the last part has ended).
+  bool stolen() const;
+  PartQueue& queue() { return queue_; }
+  // Ends a wait in steal() and the taken part's thread at its next stretch.
+  void giveUp();
+
+ private:
+  mutable std::mutex mutex_;
+  std::condition_variable cv_;
+  bool armed_ = false, givenUp_ = false;
+  int64_t limit_;         // the last position of the last part
+  int64_t committed_ = 0; // the last position its tester committed to
+  const int64_t lastpos_, shortestPart_;
+  PartQueue queue_;
 };
 
 }  // namespace trelvane
