@@ -378,6 +378,22 @@ TEST(KernelEquivalence, RandomRunsGiveTheScalarBytes) {
   }
 }
 
+// An analysis range, as the fields give it.
+struct Range {
+  const char* from;
+  const char* to;
+};
+
+// The fields of a run that lists its alignments and writes every output.
+void listingSettings(Case& k, const char* W, const char* resamplings, const char* identities, uint64_t seed) {
+  k.s.EFWS = W;
+  k.s.EFSD = resamplings;
+  k.s.EFIdentities = identities;
+  k.s.CBClipboard = true;
+  k.s.CBFile = true;
+  k.s.seed = seed;
+}
+
 // With two threads the rows and the alignments are written beside the scan,
 // a stretch of positions at a time: stops anywhere in it, and windows far
 // outside m0 (copied, as the scan reuses their buffer), give the same bytes.
@@ -388,16 +404,7 @@ TEST(KernelEquivalence, RowsWrittenBesideTheScanMatchAcrossStretchesAndStops) {
   k.sh = k.lg.substr(300, 90) + randomLetters(gen, 60, 0);
   for (int a = 1; a <= 4; ++a)
     for (int b = 1; b <= 4; ++b) k.matrice[a][b] = a == b ? 1.0f : 0.0f;
-  k.s.EFWS = "20";
-  k.s.EFSD = "50";
-  k.s.EFIdentities = "12";
-  k.s.CBClipboard = true;
-  k.s.CBFile = true;
-  k.s.seed = 9;
-  struct Range {
-    const char* from;
-    const char* to;
-  };
+  listingSettings(k, "20", "50", "12", 9);
   for (Range r : {Range{"1", "max"}, Range{"-1500", "-600"}, Range{"-700", "300"}, Range{"1300", "max"}}) {
     k.s.EFAnaFrom = r.from;
     k.s.EFAnaTo = r.to;
@@ -433,16 +440,7 @@ TEST(KernelEquivalence, PartsOnThreadsOfTheirOwnGiveTheScalarBytes) {
   std::uniform_real_distribution<float> any(-0.3f, 1.0f);
   for (int a = 1; a <= 4; ++a)
     for (int b = 1; b <= 4; ++b) k.matrice[a][b] = a == b ? 0.9f + any(gen) / 10 : any(gen) / 3;
-  k.s.EFWS = "21";
-  k.s.EFSD = "900";
-  k.s.EFIdentities = "12.5";
-  k.s.CBClipboard = true;
-  k.s.CBFile = true;
-  k.s.seed = 12;
-  struct Range {
-    const char* from;
-    const char* to;
-  };
+  listingSettings(k, "21", "900", "12.5", 12);
   int parted = 0;
   for (Range r : {Range{"1", "max"}, Range{"-3000", "9000"}, Range{"200", "14500"}}) {
     k.s.EFAnaFrom = r.from;
