@@ -1,6 +1,8 @@
 // loopback.cpp -- helpers of the integration tests: the event loop, a scripted peer, nginx on 127.0.0.1.
 #include "loopback.h"
 
+#include "support/qt_event_loop.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
@@ -11,22 +13,8 @@
 namespace trelvane::http::testing {
 namespace {
 
-class QtEnvironment : public ::testing::Environment {
- public:
-  void SetUp() override {
-    static int argc = 1;
-    static char arg0[] = "http_integration_tests";
-    static char* argv[] = {arg0, nullptr};
-    if (QCoreApplication::instance() == nullptr) app_ = std::make_unique<QCoreApplication>(argc, argv);
-  }
-  void TearDown() override { app_.reset(); }
-
- private:
-  std::unique_ptr<QCoreApplication> app_;
-};
-
 [[maybe_unused]] ::testing::Environment* const qtEnvironment =
-    ::testing::AddGlobalTestEnvironment(new QtEnvironment);
+    ::testing::AddGlobalTestEnvironment(new testsupport::CoreApplicationEnvironment);
 
 bool writeFile(const QString& path, const std::string& bytes) {
   QFile f(path);
@@ -35,21 +23,6 @@ bool writeFile(const QString& path, const std::string& bytes) {
 }
 
 }  // namespace
-
-bool runUntil(const std::function<bool()>& done, int maxMs) {
-  QDeadlineTimer deadline(maxMs);
-  while (!done()) {
-    if (deadline.hasExpired()) return false;
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  }
-  return true;
-}
-
-void runFor(int ms) {
-  QDeadlineTimer deadline(ms);
-  while (!deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-}
 
 quint16 freePort() {
   QTcpServer probe;

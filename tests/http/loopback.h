@@ -11,14 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "support/qt_event_loop.h"
+
 namespace trelvane::http::testing {
 
-// Runs the event loop until done() holds or maxMs have passed; true if done.
-// The limit only bounds a broken exchange: no test measures time.
-bool runUntil(const std::function<bool()>& done, int maxMs = 15000);
-
-// Lets the loop run for a while (to show that nothing more happens).
-void runFor(int ms);
+using testsupport::runFor;
+using testsupport::runUntil;
 
 // A free TCP port on 127.0.0.1 (nothing listens on it when this returns).
 quint16 freePort();

@@ -17,22 +17,8 @@ using test::runFor;
 using test::runUntil;
 using test::UpdateSite;
 
-class QtEnvironment : public ::testing::Environment {
- public:
-  void SetUp() override {
-    static int argc = 1;
-    static char arg0[] = "update_check_tests";
-    static char* argv[] = {arg0, nullptr};
-    if (QCoreApplication::instance() == nullptr) app_ = std::make_unique<QCoreApplication>(argc, argv);
-  }
-  void TearDown() override { app_.reset(); }
-
- private:
-  std::unique_ptr<QCoreApplication> app_;
-};
-
 [[maybe_unused]] ::testing::Environment* const qtEnvironment =
-    ::testing::AddGlobalTestEnvironment(new QtEnvironment);
+    ::testing::AddGlobalTestEnvironment(new testsupport::CoreApplicationEnvironment);
 
 const char kVersion[] = "1.0.0 Trelvane for Test";
 

@@ -13,25 +13,12 @@
 #include <string>
 #include <vector>
 
+#include "support/qt_event_loop.h"
+
 namespace trelvane::shell::test {
 
-// Runs the event loop until done() holds or maxMs have passed; true if done.
-// The limit only bounds a broken exchange: no test measures time.
-inline bool runUntil(const std::function<bool()>& done, int maxMs = 15000) {
-  QDeadlineTimer deadline(maxMs);
-  while (!done()) {
-    if (deadline.hasExpired()) return false;
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  }
-  return true;
-}
-
-// Lets the loop run for a while, to show that nothing more happens.
-inline void runFor(int ms) {
-  QDeadlineTimer deadline(ms);
-  while (!deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-}
+using testsupport::runFor;
+using testsupport::runUntil;
 
 // A web server on 127.0.0.1: it reads each request up to its blank line and
 // answers it by its path; a path it does not know gets a 404.
