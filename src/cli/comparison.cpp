@@ -16,6 +16,7 @@
 #include "cli/console_host.h"
 #include "cli/interrupt.h"
 #include "cli/options.h"
+#include "cli/qt_parts.h"
 #include "engine/form.h"
 #include "engine/run.h"
 #include "engine/state.h"
@@ -28,7 +29,6 @@
 #include "model/aligned.h"
 #include "plots/dotplot.h"
 #include "plots/graph.h"
-#include "plots/picture_qt.h"
 
 namespace trelvane::cli {
 namespace {
@@ -126,11 +126,11 @@ bool checkFiles(const ComparisonOptions& o, const Console& console, int& status)
 
 // Writes the profile in the format of its option, whatever the extension;
 // through a temporary file of that format when path is "-".
-bool writeProfile(const Console& console, const plots::Picture& picture,
+bool writeProfile(const Console& console, const QtParts& qt, const plots::Picture& picture,
                   plots::ImageFormat format, const std::string& path, std::string* why) {
-  if (path != "-") return plots::writePicture(picture, format, path, why);
+  if (path != "-") return qt.writePicture(picture, format, path, why);
   std::string staging = stagingPathFor("-") + ".picture";
-  bool ok = plots::writePicture(picture, format, staging, why) &&
+  bool ok = qt.writePicture(picture, format, staging, why) &&
             copyFileToOut(console, staging, why);
   removeQuietly(staging);
   return ok;
@@ -277,7 +277,9 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
                                           : !staging->renameTo(*o.result, &error)))
       fail(error);
   }
-  if (o.svg || o.pdf || o.png || o.dotplot) plots::ensureGuiApplication();
+  const bool drawing = o.svg || o.pdf || o.png || o.dotplot;
+  const QtParts* qt = drawing ? qtParts(&error) : nullptr;
+  if (drawing && !qt) return badInput(console, error + ": no picture was written");
   const std::pair<const std::optional<std::string>*, plots::ImageFormat> pictures[] = {
       {&o.svg, plots::ImageFormat::Svg},
       {&o.pdf, plots::ImageFormat::Pdf},
@@ -289,11 +291,11 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
            " was not written");
       continue;
     }
-    if (!writeProfile(console, *st.pct, format, **path, &error)) fail(error);
+    if (!writeProfile(console, *qt, *st.pct, format, **path, &error)) fail(error);
   }
   if (o.dotplot) {
     plots::DotPlot dots = plots::PBDot_Action(st, form);
-    if (!plots::writeDotPlotFile(dots, *o.dotplot, &error)) fail(error);
+    if (!qt->writeDotPlotFile(dots, *o.dotplot, &error)) fail(error);
   }
   return status;
 }

@@ -9,6 +9,7 @@
 #include "cli/args.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/qt_parts.h"
 #include "engine/form.h"
 #include "engine/state.h"
 #include "input/panel.h"
@@ -18,7 +19,6 @@
 #include "platform/numtext.h"
 #include "plots/graph.h"
 #include "plots/graph_controls.h"
-#include "plots/picture_qt.h"
 #include "plots/shapes_text.h"
 
 namespace trelvane::cli {
@@ -295,7 +295,11 @@ int runRedraw(const std::vector<std::string>& args) {
       status = bad("nothing to draw (no bases or window size 0): " + **path + " was not written");
       continue;
     }
-    if (!plots::writePicture(*st.pct, format, **path, &error)) status = bad(error);
+    const QtParts* qt = qtParts(&error);
+    if (!qt)
+      status = bad(error + " (" + **path + " was not written)");
+    else if (!qt->writePicture(*st.pct, format, **path, &error))
+      status = bad(error);
   }
   return status;
 }

@@ -1,4 +1,4 @@
-// picture.cpp -- the one-bit dot layer of a picture.
+// picture.cpp -- the one-bit dot layer of a picture, and the image format of a file name.
 #include "plots/picture.h"
 
 #include <bit>
@@ -24,6 +24,20 @@ std::size_t DotLayer::count() const {
   std::size_t n = 0;
   for (uint64_t w : bits_) n += static_cast<std::size_t>(std::popcount(w));
   return n;
+}
+
+bool formatOfPath(const std::string& path, ImageFormat* format) {
+  auto dot = path.rfind('.');
+  if (dot == std::string::npos) return false;
+  // ASCII only, whatever the locale: no other letter lowers into these names.
+  std::string ext = path.substr(dot + 1);
+  for (char& c : ext)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  if (ext == "svg") *format = ImageFormat::Svg;
+  else if (ext == "pdf") *format = ImageFormat::Pdf;
+  else if (ext == "png") *format = ImageFormat::Png;
+  else return false;
+  return true;
 }
 
 }  // namespace trelvane::plots

@@ -79,4 +79,9 @@ struct Picture {
   DotLayer dots;
 };
 
+enum class ImageFormat { Svg, Pdf, Png };
+
+// The format that a file name's extension (.svg, .pdf, .png, any case) asks for.
+bool formatOfPath(const std::string& path, ImageFormat* format);
+
 }  // namespace trelvane::plots

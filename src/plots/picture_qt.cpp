@@ -157,17 +157,6 @@ bool ensureGuiApplication() {
   return true;
 }
 
-bool formatOfPath(const std::string& path, ImageFormat* format) {
-  auto dot = path.rfind('.');
-  if (dot == std::string::npos) return false;
-  QString ext = QString::fromLocal8Bit(path.c_str() + dot + 1).toLower();
-  if (ext == QLatin1String("svg")) *format = ImageFormat::Svg;
-  else if (ext == QLatin1String("pdf")) *format = ImageFormat::Pdf;
-  else if (ext == QLatin1String("png")) *format = ImageFormat::Png;
-  else return false;
-  return true;
-}
-
 bool writePicture(const Picture& picture, ImageFormat format, const std::string& path, std::string* error) {
   if (!ensureGuiApplication()) {
     if (error) *error = "Cannot draw " + path + ": no graphical application object";

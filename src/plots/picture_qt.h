@@ -9,8 +9,6 @@ class QPainter;
 
 namespace trelvane::plots {
 
-enum class ImageFormat { Svg, Pdf, Png };
-
 // Draws the group in its order at (0, 0), then the dot layer. Lines are one
 // pixel wide, texts in "Times" (or the nearest serif) at TextSize pixels with
 // their baseline at Y; a shape with a coordinate that is not finite has no
@@ -21,9 +19,6 @@ void paintPicture(QPainter& painter, const Picture& picture);
 // that fonts and images work without a window. False when a non-GUI
 // application object is already there.
 bool ensureGuiApplication();
-
-// The format that a file name's extension (.svg, .pdf, .png, any case) asks for.
-bool formatOfPath(const std::string& path, ImageFormat* format);
 
 // Writes the picture at its own size, the same coordinates in every format:
 // SVG (QSvgGenerator), PDF (one page of the picture's size in points), PNG
