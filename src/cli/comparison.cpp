@@ -250,7 +250,10 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
     host.finish();
     return badInput(console, outcome.refusal.empty() ? host.lastMessage() : outcome.refusal);
   }
-  endOfRun(st, form, outcome, host, graph);
+  // The profile is drawn only for the pictures that are written from it: a
+  // run's texts and files do not depend on the drawing.
+  const bool drawing = o.svg || o.pdf || o.png || o.dotplot;
+  endOfRun(st, form, outcome, host, drawing ? graph : std::function<void()>());
   host.finish();
   if (outcome.stopped) {
     std::fprintf(console.err, "%s: interrupted: the run was stopped, no output written\n",
@@ -277,7 +280,6 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
                                           : !staging->renameTo(*o.result, &error)))
       fail(error);
   }
-  const bool drawing = o.svg || o.pdf || o.png || o.dotplot;
   const QtParts* qt = drawing ? qtParts(&error) : nullptr;
   if (drawing && !qt) return badInput(console, error + ": no picture was written");
   const std::pair<const std::optional<std::string>*, plots::ImageFormat> pictures[] = {

@@ -148,10 +148,12 @@ class H0Worker {
     if (thread_.joinable()) thread_.join();
   }
 
-  // Waits until resampling r is done, or the thread has ended.
-  void waitFor(int64_t r) {
+  // Waits until resampling r is done, or the thread has ended; the last
+  // resampling known to be done.
+  int64_t waitFor(int64_t r) {
     std::unique_lock lock(mutex_);
     cv_.wait(lock, [&] { return done_ >= r; });
+    return done_;
   }
   void join() {
     if (thread_.joinable()) thread_.join();
@@ -216,9 +218,11 @@ void h0Scan(RunContext& c) {
 
   if (c.h0worker) {
     // The resamplings run on the worker; the host sees them as if they ran
-    // here, each yield when the one before it is done.
+    // here, each yield when the one before it is done (asked of the worker
+    // only beyond what it told last).
+    int64_t done = 0;
     for (int64_t r = 1; r <= c.nresample; ++r) {
-      c.h0worker->waitFor(r - 1);
+      if (r - 1 > done) done = c.h0worker->waitFor(r - 1);
       if (yieldAndTestStop(c, counter, progressstep, wrap32(span + r), total)) break;
     }
     c.h0worker->join();
