@@ -26,7 +26,7 @@ class QuietHost : public RunHost {
   void message(const std::string&) override {}
   void progress(int, int) override {}
   void setEFAnaTo(const std::string&) override {}
-  void setClipboard(const std::string& text) override { benchmark::DoNotOptimize(text.data()); }
+  void setClipboard(std::string text) override { benchmark::DoNotOptimize(text.data()); }
 };
 
 void fillRandom(MemoryBlock& m, int32_t& n, int32_t bases, std::mt19937_64& gen) {

@@ -50,8 +50,8 @@ void ConsoleHost::setEFAnaTo(const std::string& text) {
   if (setFieldText(form_.EFAnaTo, text)) EFAnaTo_TextChange(st_, form_);
 }
 
-void ConsoleHost::setClipboard(const std::string& text) {
-  clipboard_ = text;
+void ConsoleHost::setClipboard(std::string text) {
+  clipboard_ = std::move(text);
   hasClipboard_ = true;
 }
 

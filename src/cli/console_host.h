@@ -26,7 +26,7 @@ class ConsoleHost : public RunHost {
   void progress(int value, int maximum) override;
   void doEvents() override;
   void setEFAnaTo(const std::string& text) override;
-  void setClipboard(const std::string& text) override;
+  void setClipboard(std::string text) override;
 
   // Ends the progress line, if one is showing.
   void finish();

@@ -202,13 +202,10 @@ void finishRun(RunContext& c, RunOutcome& out) {
   c.report += block;
   std::string hashLine = "#";
   hashLine += EndOfLine;
-  if (c.s.CBClipboard && !c.rows.empty()) {
-    std::string clip = block + hashLine;
-    clip += c.rows.text();
-    c.host.setClipboard(clip);
-  }
   out.noRows = c.rows.empty();
-  if (c.s.CBFile && c.s.resultPath && !c.rows.empty())
+  // The rows are moved into the clipboard's text, not copied: megabytes.
+  if (c.s.CBClipboard && !out.noRows) c.host.setClipboard(c.rows.take(block + hashLine));
+  if (c.s.CBFile && c.s.resultPath && !out.noRows)
     out.resultWritten = writeResultFile(*c.s.resultPath, block + hashLine, c.st.m2.cstringAt(0));
 
   // closing lines

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace trelvane {
 
@@ -37,6 +38,17 @@ class RowBuffer {
   // The bytes up to the first zero byte.
   std::string_view text() const { return std::string_view(bytes_.c_str()); }
   bool empty() const { return bytes_.front() == '\0'; }
+  // text(), moved out with room for `before` bytes in front; the buffer is
+  // left empty.
+  std::string take(std::string_view before) {
+    bytes_.resize(text().size());
+    bytes_.reserve(bytes_.size() + before.size());
+    bytes_.insert(0, before);
+    std::string out = std::move(bytes_);
+    bytes_.assign(1, '\0');
+    rowpos_ = 0;
+    return out;
+  }
 
  private:
   std::string bytes_;  // the rows, then the zero byte at rowpos_

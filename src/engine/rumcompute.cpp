@@ -141,7 +141,7 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
     if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W);
     c.threads = runThreads(s);
     if (c.threads >= 2) {
-      if (!c.kernel->isScalar()) c.scanTail.reset(new ScanTail(c.lastpos, shortestScanPart(c)));
+      if (!c.kernel->isScalar()) c.scanTail.reset(new ScanTail(c.lastpos));
       startH0(c);
     }
     substitutionScan(c);

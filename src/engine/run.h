@@ -61,7 +61,7 @@ class RunHost {
   // handler when the text changes.
   virtual void setEFAnaTo(const std::string& text) = 0;
   // The clipboard text of the run (head, "#", rows).
-  virtual void setClipboard(const std::string& text) = 0;
+  virtual void setClipboard(std::string text) = 0;
   virtual void beep() {}
 };
 

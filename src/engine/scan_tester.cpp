@@ -13,6 +13,10 @@ namespace {
 // takes them: a part far ahead holds no more than this.
 constexpr std::size_t kMostReadyBytes = std::size_t{64} << 20;
 
+// The fewest positions the random expectation's thread takes over: fewer
+// are not worth a thread's start and its stretches.
+constexpr int64_t kLeastStolen = 1024;
+
 }  // namespace
 
 PositionTester::PositionTester(const RunContext& c, int64_t last, ScanTail* tail)
@@ -216,9 +220,12 @@ bool ScanTail::steal(int64_t& from, int64_t& to, int64_t repeat) {
   cv_.wait(lock, [&] { return armed_ || givenUp_; });
   if (givenUp_) return false;
   // The tester goes on from committed_ + 1; the thief repeats `repeat`
-  // positions before its own: the tester keeps (left + repeat) / 2.
+  // positions before its own: the tester keeps (left + repeat) / 2, and each
+  // computes as many. Worth it where that ends the scan well before the
+  // tester alone would: with at least twice the repeat left, a quarter
+  // sooner or more.
   const int64_t left = limit_ - committed_;
-  if (left < 2 * shortestPart_) return false;
+  if (left < 2 * (repeat + 1) || left < 2 * kLeastStolen) return false;
   from = committed_ + 1 + (left + repeat) / 2;
   to = limit_;
   limit_ = from - 1;

@@ -103,7 +103,7 @@ class PartTester {
 // both end about together.
 class ScanTail {
  public:
-  ScanTail(int64_t lastpos, int64_t shortestPart) : limit_(lastpos), lastpos_(lastpos), shortestPart_(shortestPart) {}
+  explicit ScanTail(int64_t lastpos) : limit_(lastpos), lastpos_(lastpos) {}
 
   // For the scan: the last part goes from before + 1 on. Called once, before
   // its tester commits.
@@ -112,8 +112,9 @@ class ScanTail {
   // may test; 0 where the part ends before i.
   int commit(int64_t i, int n);
   // For the random expectation's thread: the positions it takes, waiting
-  // until the scan has armed the tail; false where too few are left or the
-  // run was given up. Called once.
+  // until the scan has armed the tail; false where too few are left to gain
+  // from sharing them after a repeat of `repeat` positions, or the run was
+  // given up. Called once.
   bool steal(int64_t& from, int64_t& to, int64_t repeat);
   // Whether positions were taken (once the last part has ended).
   bool stolen() const;
@@ -127,7 +128,7 @@ class ScanTail {
   bool armed_ = false, givenUp_ = false;
   int64_t limit_;         // the last position of the last part
   int64_t committed_ = 0; // the last position its tester committed to
-  const int64_t lastpos_, shortestPart_;
+  const int64_t lastpos_;
   PartQueue queue_;
 };
 

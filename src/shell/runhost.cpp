@@ -50,10 +50,10 @@ void QtRunHost::setEFAnaTo(const std::string& text) {
   post([text](Window1& w) { w.runSetEFAnaTo(text); });
 }
 
-void QtRunHost::setClipboard(const std::string& text) {
+void QtRunHost::setClipboard(std::string text) {
   // The clipboard belongs to the application: it is set even when the
   // window has closed meanwhile.
-  auto set = [text] { QGuiApplication::clipboard()->setText(toQ(text)); };
+  auto set = [text = std::move(text)] { QGuiApplication::clipboard()->setText(toQ(text)); };
   if (QThread::currentThread() == qApp->thread()) set();
   else QMetaObject::invokeMethod(qApp, set, Qt::QueuedConnection);
 }

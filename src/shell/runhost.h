@@ -26,7 +26,7 @@ class QtRunHost : public RunHost {
   void progress(int value, int maximum) override;
   void doEvents() override;
   void setEFAnaTo(const std::string& text) override;
-  void setClipboard(const std::string& text) override;
+  void setClipboard(std::string text) override;
   void beep() override;
 
   // Runs fn with the window on the main thread, if the window still exists.

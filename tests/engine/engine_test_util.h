@@ -117,7 +117,7 @@ class RecordingHost : public RunHost {
     if (++doEventsCalls >= stopAfter_ && stopAfter_ >= 0) st_.askclose = true;
   }
   void setEFAnaTo(const std::string& text) override { efAnaTo.push_back(text); }
-  void setClipboard(const std::string& text) override { clipboard = text, ++clipboardCalls; }
+  void setClipboard(std::string text) override { clipboard = std::move(text), ++clipboardCalls; }
   void beep() override { ++beeps; }
 
   std::vector<std::string> messages, efAnaTo;

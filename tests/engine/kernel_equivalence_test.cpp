@@ -10,6 +10,7 @@
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
 #include "engine/scan_kernels.h"
+#include "engine/scan_tester.h"
 #include "engine_test_util.h"
 
 namespace trelvane {
@@ -457,6 +458,62 @@ TEST(KernelEquivalence, PartsOnThreadsOfTheirOwnGiveTheScalarBytes) {
     }
   }
   EXPECT_EQ(parted, 84);
+}
+
+// The random expectation's thread takes half of what is left of the scan,
+// counting its repeat, and only where that leaves the repeat after what the
+// scan has committed to; too little left, or a run given up, takes nothing.
+TEST(KernelEquivalence, ScanTailSharesWhatIsLeftAfterTheRepeat) {
+  int64_t from = 0, to = 0;
+  {
+    ScanTail tail(10000);
+    tail.arm(0);
+    EXPECT_EQ(tail.commit(1, 16), 16);
+    ASSERT_TRUE(tail.steal(from, to, 3000));
+    // 9984 left: the scan keeps (9984 + 3000) / 2 of them
+    EXPECT_EQ(from, 17 + 6492);
+    EXPECT_EQ(to, 10000);
+    EXPECT_GT(from - 3000, 16);
+    EXPECT_TRUE(tail.stolen());
+    // the scan's tester stops before the stolen part
+    EXPECT_EQ(tail.commit(from - 8, 16), 8);
+    EXPECT_EQ(tail.commit(from, 16), 0);
+  }
+  {
+    // twice the repeat and one more each left: taken, the repeat clear
+    ScanTail tail(5000);
+    tail.arm(0);
+    ASSERT_TRUE(tail.steal(from, to, 2499));
+    EXPECT_EQ(from, 1 + 3749);
+    EXPECT_EQ(from - 2499, 1251);
+    ScanTail less(4999);
+    less.arm(0);
+    EXPECT_FALSE(less.steal(from, to, 2499));
+    EXPECT_FALSE(less.stolen());
+  }
+  {
+    // a short repeat: at least 2048 left all the same
+    ScanTail tail(2047);
+    tail.arm(0);
+    EXPECT_FALSE(tail.steal(from, to, 10));
+    ScanTail given(100000);
+    given.giveUp();
+    EXPECT_FALSE(given.steal(from, to, 10));
+  }
+}
+
+// A shortest sequence a quarter of the longest: what is left of the scan
+// when the few resamplings are done is under four times the repeat, and the
+// stolen tail still gives the scalar bytes.
+TEST(KernelEquivalence, TailStolenWithALongRepeatGivesTheScalarBytes) {
+  std::mt19937 gen(31);
+  Case k;
+  k.lg = randomLetters(gen, 2750, 1);
+  k.sh = randomLetters(gen, 650, 1) + k.lg.substr(2650, 50);
+  listingSettings(k, "20", "2", "14", 6);
+  for (int a = 1; a <= 4; ++a) k.matrice[a][a] = 1.0f;
+  const Seen reference = runCase(k, "scalar", 1);
+  for (int round = 0; round < 4; ++round) expectSame(runCase(k, "auto", 2), reference, "round " + std::to_string(round));
 }
 
 // The bundled example with long ties and many listed alignments.
