@@ -34,6 +34,10 @@ class RowBuffer {
     endRow();
   }
 
+  // Room for `bytes` of rows at once, so that the text is not copied each
+  // time it doubles; the pages not written are never touched.
+  void reserve(std::size_t bytes) { bytes_.reserve(bytes); }
+
   std::size_t rowpos() const { return rowpos_; }
   // The bytes up to the first zero byte.
   std::string_view text() const { return std::string_view(bytes_.c_str()); }

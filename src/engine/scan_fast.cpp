@@ -1,6 +1,7 @@
 // scan_fast.cpp -- the substitution scan with a fast row kernel, in parts on every core the run may use.
 #include <algorithm>
 #include <memory>
+#include <new>
 #include <system_error>
 #include <vector>
 
@@ -48,6 +49,14 @@ std::vector<std::unique_ptr<PartTester>> startParts(RunContext& c, int64_t& firs
 }  // namespace
 
 void substitutionScanColumns(RunContext& c) {
+  // The rows of the positions ahead, about kRowBytes each, up to 64 MB.
+  constexpr int64_t kRowBytes = 24, kMostReserved = int64_t{64} << 20;
+  const int64_t rowsAhead = std::max<int64_t>(c.lastpos - c.firstpos + c.W, 0);
+  try {
+    c.rows.reserve(static_cast<std::size_t>(std::min(rowsAhead, kMostReserved / kRowBytes) * kRowBytes));
+  } catch (const std::bad_alloc&) {
+    // the rows grow as they come, then
+  }
   scoreFirstPosition(c);
 
   // With a second core the rows and the alignments are written beside the
