@@ -1,6 +1,7 @@
 // scan_avx2.cpp -- the row kernels with AVX2, eight starts a vector (compiled with -mavx2, no FMA).
 #include <immintrin.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/scan_cells.h"
@@ -91,12 +92,16 @@ float blocksMaxAvx2(const float* blockmax, int64_t blocks) {
 
 void blockCandidatesAvx2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits) {
   const __m256 l = _mm256_set1_ps(lower);
-  for (int64_t w = 0; w * 64 < blocks; ++w) bits[w] = 0;
-  for (int64_t b = 0; b < blocks; ++b) {
-    __m256 v = _mm256_loadu_ps(blockmax + b * 8);  // the lanes' greatest scores of block b
-    // ordered: false where a lane is not a number (-infinity stands for none)
-    const uint64_t any = _mm256_movemask_ps(_mm256_cmp_ps(v, l, _CMP_GE_OQ)) != 0;
-    bits[b / 64] |= any << (b % 64);
+  for (int64_t w = 0; w * 64 < blocks; ++w) {
+    // each word built in a register and stored once
+    uint64_t word = 0;
+    for (int64_t b = w * 64, end = std::min(blocks, b + 64); b < end; ++b) {
+      __m256 v = _mm256_loadu_ps(blockmax + b * 8);  // the lanes' greatest scores of block b
+      // ordered: false where a lane is not a number (-infinity stands for none)
+      const uint64_t any = _mm256_movemask_ps(_mm256_cmp_ps(v, l, _CMP_GE_OQ)) != 0;
+      word |= any << (b % 64);
+    }
+    bits[w] = word;
   }
 }
 

@@ -29,9 +29,11 @@ void writeFound(RunContext& c, const Found& f) {
 }
 
 void FoundWriter::handOver(Found& f) {
+  bool wake;
   {
     std::lock_guard lock(mutex_);
     queue_.push_back(std::move(f));
+    wake = queue_.size() >= kWakeAt;
     if (!spare_.empty()) {
       f = std::move(spare_.back());
       spare_.pop_back();
@@ -39,7 +41,7 @@ void FoundWriter::handOver(Found& f) {
       f = Found{};
     }
   }
-  cv_.notify_all();
+  if (wake) cv_.notify_all();
   f.clear();
 }
 

@@ -67,6 +67,10 @@ class FoundWriter {
  private:
   void body();
 
+  // The writer is woken once this many stretches wait: each wake takes a
+  // core from a scan for a while, so fewer, longer turns cost less.
+  static constexpr std::size_t kWakeAt = 8;
+
   RunContext& c_;
   std::mutex mutex_;
   std::condition_variable cv_;

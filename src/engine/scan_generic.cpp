@@ -1,4 +1,5 @@
 // scan_generic.cpp -- the row kernels in plain C++ over the matrix columns: the portable variant.
+#include <algorithm>
 #include <cmath>
 
 #include "engine/scan_cells.h"
@@ -22,9 +23,12 @@ float blocksMaxGeneric(const float* blockmax, int64_t blocks) {
 }
 
 void blockCandidatesGeneric(const float* blockmax, int64_t blocks, float lower, uint64_t* bits) {
-  for (int64_t w = 0; w * 64 < blocks; ++w) bits[w] = 0;
-  for (int64_t b = 0; b < blocks; ++b)
-    bits[b / 64] |= static_cast<uint64_t>(blockmax[b] >= lower) << (b % 64);
+  for (int64_t w = 0; w * 64 < blocks; ++w) {
+    uint64_t word = 0;  // built in a register and stored once
+    for (int64_t b = w * 64, end = std::min(blocks, b + 64); b < end; ++b)
+      word |= static_cast<uint64_t>(blockmax[b] >= lower) << (b % 64);
+    bits[w] = word;
+  }
 }
 
 void blockMatchGeneric(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,

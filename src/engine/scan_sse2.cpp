@@ -1,6 +1,7 @@
 // scan_sse2.cpp -- the row kernels with SSE2, four starts a vector: every x86-64 processor has them.
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/scan_cells.h"
@@ -67,12 +68,16 @@ float blocksMaxSse2(const float* blockmax, int64_t blocks) {
 
 void blockCandidatesSse2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits) {
   const __m128 l = _mm_set1_ps(lower);
-  for (int64_t w = 0; w * 64 < blocks; ++w) bits[w] = 0;
-  for (int64_t b = 0; b < blocks; ++b) {
-    __m128 v = _mm_loadu_ps(blockmax + b * 4);  // the lanes' greatest scores of block b
-    // ordered: false where a lane is not a number (-infinity stands for none)
-    const uint64_t any = _mm_movemask_ps(_mm_cmpge_ps(v, l)) != 0;
-    bits[b / 64] |= any << (b % 64);
+  for (int64_t w = 0; w * 64 < blocks; ++w) {
+    // each word built in a register and stored once
+    uint64_t word = 0;
+    for (int64_t b = w * 64, end = std::min(blocks, b + 64); b < end; ++b) {
+      __m128 v = _mm_loadu_ps(blockmax + b * 4);  // the lanes' greatest scores of block b
+      // ordered: false where a lane is not a number (-infinity stands for none)
+      const uint64_t any = _mm_movemask_ps(_mm_cmpge_ps(v, l)) != 0;
+      word |= any << (b % 64);
+    }
+    bits[w] = word;
   }
 }
 
