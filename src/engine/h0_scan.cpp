@@ -16,10 +16,10 @@
 
 namespace trelvane {
 
-void drawResampled(RunContext& c, uint64_t seed) {
+void drawResampled(const RunContext& c, MemoryBlock& resampled) {
   // Bases drawn with replacement from all of m0; an N is drawn again. The run
   // is refused before this point when m0 holds no base, so the loop ends.
-  Rnd rnd(seed);
+  Rnd rnd(c.s.seed);
   const MemoryBlock& m0 = c.st.m0;
   const int64_t last = static_cast<int64_t>(c.nresample) + c.askedW;
   for (int64_t off = 0; off <= last; ++off) {
@@ -28,7 +28,7 @@ void drawResampled(RunContext& c, uint64_t seed) {
       int32_t p = toInt(rnd() * c.nlong);
       base = m0.get(p);
     } while (base == 0);
-    c.resampled.set(off, base);
+    resampled.set(off, base);
   }
 }
 
@@ -139,7 +139,8 @@ class H0Scanner {
 // ends early when the run is stopped or given up.
 class H0Worker {
  public:
-  explicit H0Worker(const RunContext& c) : scanner_(c), c_(c) {
+  // resampled is the run's, drawn here first and read by the scanner only.
+  H0Worker(const RunContext& c, MemoryBlock& resampled) : scanner_(c), c_(c), resampled_(resampled) {
     thread_ = std::thread([this] { body(); });
   }
   ~H0Worker() {
@@ -164,6 +165,7 @@ class H0Worker {
   static constexpr int64_t kReportEvery = 64;
 
   void body() {
+    drawResampled(c_, resampled_);
     scanner_.first();
     for (int64_t r = 1; r <= c_.nresample;) {
       if (abort_ || c_.st.askclose) break;
@@ -191,6 +193,7 @@ class H0Worker {
 
   H0Scanner scanner_;
   const RunContext& c_;
+  MemoryBlock& resampled_;
   std::atomic<bool> abort_{false};
   std::mutex mutex_;
   std::condition_variable cv_;
@@ -202,7 +205,7 @@ void H0WorkerEnd::operator()(H0Worker* w) const { delete w; }
 
 void startH0(RunContext& c) {
   try {
-    c.h0worker.reset(new H0Worker(c));
+    c.h0worker.reset(new H0Worker(c, c.resampled));
   } catch (const std::system_error&) {
     // No thread to be had: h0Scan does the work itself, after the scan.
     c.h0worker.reset();
@@ -234,6 +237,7 @@ void h0Scan(RunContext& c) {
   // resampling 0, every window pair in full; each further resampling is the
   // next offset of the random sequence, computed a batch at a time and
   // recorded after its own yield: a stop there drops it and the rest
+  drawResampled(c, c.resampled);
   H0Scanner scanner(c);
   scanner.first();
   for (int64_t r = 1; r <= c.nresample; ++r) {

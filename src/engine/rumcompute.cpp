@@ -85,14 +85,15 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
   c.nresample = toInt(Val(s.EFSD) - 1.0);
 
   // 5: buffers, the filled start of m2, the random sequence (W as asked).
-  // resampled keeps room for one whole window even where EFSD is negative.
+  // resampled keeps room for one whole window even where EFSD is negative;
+  // its bases are drawn where the random expectation starts (drawResampled),
+  // as nothing before reads them.
   c.report.clear();
   st.m2 = MemoryBlock(static_cast<std::ptrdiff_t>(c.nlong) + 410);
   int64_t resampledSize = static_cast<int64_t>(c.nresample) + c.askedW + 10;
   if (resampledSize < static_cast<int64_t>(c.askedW) + 10) resampledSize = static_cast<int64_t>(c.askedW) + 10;
   c.resampled = MemoryBlock(resampledSize);
   fillProfileStart(st.m2, c.nlong, kProfileNoScore);
-  drawResampled(c, s.seed);
 
   // 6: the text of the sequences
   host.message("Show sequences");

@@ -159,7 +159,9 @@ bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int
 
 // The stages of rumcompute, in their order.
 void appendSequenceText(std::string& report, std::string_view title, const MemoryBlock& m, int32_t n);
-void drawResampled(RunContext& c, uint64_t seed);
+// Fills resampled from c's longest sequence and the run's seed. Called where
+// the random expectation starts: on its own thread it overlaps the first scan.
+void drawResampled(const RunContext& c, MemoryBlock& resampled);
 void substitutionScan(RunContext& c);
 // The substitution scan with a fast row kernel over c.columns.
 void substitutionScanColumns(RunContext& c);
