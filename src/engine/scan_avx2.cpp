@@ -109,6 +109,19 @@ void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore,
                     uint64_t* ties, uint64_t* listed) {
   const __m256 m = _mm256_set1_ps(maxscore);
   const __m256 th = _mm256_set1_ps(threshold);
+  if (count == kMatchSpan) {
+    // A whole span, the usual case: eight words with their shifts known, so
+    // that the masks come together in a tree instead of one long chain.
+    uint64_t tw[8], lw[8];
+    for (int v = 0; v < 8; ++v) {
+      const __m256 s = _mm256_loadu_ps(row + lo + v * 8);
+      tw[v] = static_cast<uint64_t>(_mm256_movemask_ps(_mm256_cmp_ps(s, m, _CMP_EQ_OQ))) << (v * 8);
+      lw[v] = static_cast<uint64_t>(_mm256_movemask_ps(_mm256_cmp_ps(th, s, _CMP_LE_OQ))) << (v * 8);
+    }
+    *ties = ((tw[0] | tw[1]) | (tw[2] | tw[3])) | ((tw[4] | tw[5]) | (tw[6] | tw[7]));
+    *listed = ((lw[0] | lw[1]) | (lw[2] | lw[3])) | ((lw[4] | lw[5]) | (lw[6] | lw[7]));
+    return;
+  }
   uint64_t t = 0, l = 0;
   int64_t k = 0;
   for (; k + 8 <= count; k += 8) {

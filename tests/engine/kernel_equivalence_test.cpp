@@ -265,6 +265,37 @@ TEST(KernelEquivalence, SpanStepMatchesReferenceOnEveryLength) {
   EXPECT_GT(lengths, 200);
 }
 
+// The matches of a span of starts, whole (the fast path) or short: a tie is
+// an equal score, a listed start one at or above the threshold, and a
+// not-a-number on either side is neither.
+TEST(KernelEquivalence, BlockMatchFindsTiesAndListedStarts) {
+  std::mt19937 gen(41);
+  const float values[] = {0.0f, 1.0f, 2.0f, 2.5f, NAN, INFINITY, -INFINITY};
+  std::vector<float> row(400);
+  int spans = 0;
+  for (int round = 0; round < 40; ++round) {
+    for (float& v : row) v = values[gen() % 7];
+    const float maxscore = values[gen() % 7], threshold = values[gen() % 7];
+    for (int64_t lo : {0, 1, 7, 64, 131, 300})
+      for (int64_t count = 1; count <= kMatchSpan; ++count) {
+        uint64_t tiesExpected = 0, listedExpected = 0;
+        for (int64_t k = 0; k < count; ++k) {
+          tiesExpected |= static_cast<uint64_t>(row[lo + k] == maxscore) << k;
+          listedExpected |= static_cast<uint64_t>(threshold <= row[lo + k]) << k;
+        }
+        for (const ScanKernel& kernel : scanKernels()) {
+          if (kernel.isScalar()) continue;
+          uint64_t ties = ~uint64_t{0}, listed = ~uint64_t{0};
+          kernel.blockMatch(row.data(), lo, count, maxscore, threshold, &ties, &listed);
+          ASSERT_EQ(ties, tiesExpected) << kernel.name << " lo " << lo << " count " << count;
+          ASSERT_EQ(listed, listedExpected) << kernel.name << " lo " << lo << " count " << count;
+        }
+        ++spans;
+      }
+  }
+  EXPECT_EQ(spans, 40 * 6 * 64);
+}
+
 // A batch of steps, tile by tile, against as many reference steps one after
 // the other, over several batches (the last row of one is the first of the
 // next) and rows longer than a tile.
