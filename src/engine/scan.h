@@ -149,6 +149,10 @@ void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W
 void appendStart(std::string& tielist, int64_t j);
 void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin);
 void scoredRow(RunContext& c, int64_t i, uint8_t base, float s);
+// scoredRow with the ties taken from stretch entries (j + 1 a tie, a negative
+// entry a listed start, passed over) instead of the tie list.
+void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
+                        uint32_t count);
 void nRow(RunContext& c, int64_t i, uint8_t base);
 // The first position: every window pair scored in full, tested in rising order.
 void scoreFirstPosition(RunContext& c);

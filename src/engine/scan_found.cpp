@@ -17,14 +17,13 @@ void writeFound(RunContext& c, const Found& f) {
   std::size_t next = 0;
   for (const PositionFound& p : f.positions) {
     const uint8_t* win = p.winAt >= 0 ? f.windows.data() + p.winAt : p.win;
-    c.tielist.clear();
-    for (uint32_t k = 0; k < p.starts; ++k) {
-      const int64_t e = f.starts[next++];
-      if (e > 0) appendStart(c.tielist, e - 1);
-      else listAlignment(c, -e - 1, p.i, win);
-    }
+    const int64_t* entries = f.starts.data() + next;
+    next += p.starts;
+    // the alignments into the report, then the row with its ties
+    for (uint32_t k = 0; k < p.starts; ++k)
+      if (entries[k] < 0) listAlignment(c, -entries[k] - 1, p.i, win);
     if (p.n) nRow(c, p.i, win[0]);
-    else scoredRow(c, p.i, win[0], p.maxscore);
+    else scoredRowOfEntries(c, p.i, win[0], p.maxscore, entries, p.starts);
   }
 }
 

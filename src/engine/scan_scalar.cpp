@@ -157,6 +157,44 @@ void scoredRow(RunContext& c, int64_t i, uint8_t base, float s) {
   rows.endRow();
 }
 
+void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
+                        uint32_t count) {
+  c.profile.add(s);
+  c.st.m2.set(i, profileByte(s, c.W));
+  // The row gathers in a buffer on the stack and goes to rows in a few
+  // pieces; each start's digits are copied as a whole Digits buffer, a copy
+  // of a size known when compiling.
+  constexpr std::size_t kPiece = 512;
+  char piece[kPiece + sizeof(Digits::buf) + 16];
+  std::size_t n = 0;
+  RowBuffer& rows = c.rows;
+  rows.beginRow();
+  auto putDigits = [&](const Digits& d) {
+    std::memcpy(piece + n, d.buf, sizeof d.buf);
+    n += static_cast<std::size_t>(d.end - d.buf);
+  };
+  putDigits(Digits(i + 1));
+  piece[n++] = TAB;
+  piece[n++] = letterOf(base);
+  piece[n++] = TAB;
+  for (char ch : scoreText(c, s)) piece[n++] = ch;
+  piece[n++] = TAB;
+  bool first = true;
+  for (uint32_t k = 0; k < count; ++k) {
+    if (entries[k] <= 0) continue;  // a listed start, in the report
+    if (!first) piece[n++] = TAB;
+    first = false;
+    putDigits(Digits(entries[k]));
+    if (n >= kPiece) {
+      rows.append(std::string_view(piece, n));
+      n = 0;
+    }
+  }
+  piece[n++] = EndOfLine[0];
+  rows.append(std::string_view(piece, n));
+  rows.endRow();
+}
+
 void nRow(RunContext& c, int64_t i, uint8_t base) {
   c.st.m2.set(i, kProfileN);
   RowBuffer& rows = c.rows;

@@ -547,6 +547,20 @@ TEST(KernelEquivalence, TailStolenWithALongRepeatGivesTheScalarBytes) {
   for (int round = 0; round < 4; ++round) expectSame(runCase(k, "auto", 2), reference, "round " + std::to_string(round));
 }
 
+// Runs of one base tie every start: rows of thousands of bytes, made in
+// pieces, on every variant and on the writer's thread.
+TEST(KernelEquivalence, EveryStartTiedGivesTheScalarRows) {
+  Case k;
+  k.lg = std::string(1500, 'A') + std::string(40, 'C') + std::string(900, 'A');
+  k.sh = std::string(650, 'A');
+  listingSettings(k, "20", "30", "25", 3);
+  for (int a = 1; a <= 4; ++a) k.matrice[a][a] = 1.0f;
+  const Seen reference = runCase(k, "scalar", 1);
+  EXPECT_NE(reference.clipboard.find(std::string("\t631\t")), std::string::npos);
+  for (const ScanKernel& kernel : scanKernels())
+    for (int threads : {1, 2}) expectSame(runCase(k, kernel.name, threads), reference, kernel.name);
+}
+
 // The bundled example with long ties and many listed alignments.
 TEST(KernelEquivalence, ExampleRunWithListingGivesTheScalarBytes) {
   Case k;
