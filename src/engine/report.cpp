@@ -200,13 +200,13 @@ void finishRun(RunContext& c, RunOutcome& out) {
   c.host.message("Writing the output...");
   const std::string block = resultHead(c, t) + resultTables(c);
   c.report += block;
-  std::string hashLine = "#";
-  hashLine += EndOfLine;
+  std::string head = block + "#";
+  head += EndOfLine;
   out.noRows = c.rows.empty();
   // The rows are moved into the clipboard's text, not copied: megabytes.
-  if (c.s.CBClipboard && !out.noRows) c.host.setClipboard(c.rows.take(block + hashLine));
+  if (c.s.CBClipboard && !out.noRows) c.host.setClipboard(c.rows.take(head));
   if (c.s.CBFile && c.s.resultPath && !out.noRows)
-    out.resultWritten = writeResultFile(*c.s.resultPath, block + hashLine, c.st.m2.cstringAt(0));
+    out.resultWritten = writeResultFile(*c.s.resultPath, head, c.st.m2.cstringAt(0));
 
   // closing lines
   c.report += "Average identity:";

@@ -64,6 +64,59 @@ std::string_view scoreText(RunContext& c, float s) {
   return *c.lastScoreText;
 }
 
+// A scored row in the making: the profile of position i, then the row's
+// fields gathered on the stack and handed to rows in pieces of about kPiece
+// bytes. Digits are copied as a whole Digits buffer, a copy of a size known
+// when compiling; the fields before the starts fit in the first piece (a
+// Single's text is at most 13 characters, an Integer's 20).
+class ScoredRowMaker {
+ public:
+  ScoredRowMaker(RunContext& c, int64_t i, uint8_t base, float s) : rows_(c.rows) {
+    c.profile.add(s);
+    c.st.m2.set(i, profileByte(s, c.W));
+    rows_.beginRow();
+    putDigits(Digits(i + 1));
+    piece_[n_++] = TAB;
+    piece_[n_++] = letterOf(base);
+    piece_[n_++] = TAB;
+    for (char ch : scoreText(c, s)) piece_[n_++] = ch;
+    piece_[n_++] = TAB;
+  }
+  // A tied start, entered as j + 1; the starts are TAB-separated.
+  void tie(int64_t entry) {
+    if (ties_++ > 0) piece_[n_++] = TAB;
+    putDigits(Digits(entry));
+    if (n_ >= kPiece) flush();
+  }
+  // Tied starts already written out, TAB-separated.
+  void ties(std::string_view text) {
+    flush();
+    rows_.append(text);
+  }
+  void end() {
+    piece_[n_++] = EndOfLine[0];
+    flush();
+    rows_.endRow();
+  }
+
+ private:
+  static constexpr std::size_t kPiece = 512;
+
+  void putDigits(const Digits& d) {
+    std::memcpy(piece_ + n_, d.buf, sizeof d.buf);
+    n_ += static_cast<std::size_t>(d.end - d.buf);
+  }
+  void flush() {
+    rows_.append(std::string_view(piece_, n_));
+    n_ = 0;
+  }
+
+  RowBuffer& rows_;
+  char piece_[kPiece + sizeof(Digits::buf) + 16];
+  std::size_t n_ = 0;
+  int64_t ties_ = 0;
+};
+
 }  // namespace
 
 void appendStart(std::string& tielist, int64_t j) {
@@ -123,76 +176,19 @@ bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int
 }
 
 void scoredRow(RunContext& c, int64_t i, uint8_t base, float s) {
-  c.profile.add(s);
-  c.st.m2.set(i, profileByte(s, c.W));
-  // The fields before the starts, put together first: one append for them
-  // (a Single's text is at most 13 characters, an Integer's 20).
-  const Digits position(i + 1);
-  const std::string_view score = scoreText(c, s);
-  const std::string_view digits = position.text();
-  RowBuffer& rows = c.rows;
-  rows.beginRow();
-  char head[64];
-  if (digits.size() + score.size() + 4 <= sizeof head) {
-    char* p = head;
-    p = std::copy(digits.begin(), digits.end(), p);
-    *p++ = TAB;
-    *p++ = letterOf(base);
-    *p++ = TAB;
-    p = std::copy(score.begin(), score.end(), p);
-    *p++ = TAB;
-    rows.append(std::string_view(head, static_cast<std::size_t>(p - head)));
-  } else {
-    rows.append(digits);
-    rows.append(TAB);
-    rows.append(letterOf(base));
-    rows.append(TAB);
-    rows.append(score);
-    rows.append(TAB);
-  }
+  ScoredRowMaker row(c, i, base, s);
   std::string_view ties = c.tielist;
   if (!ties.empty()) ties.remove_suffix(1);
-  rows.append(ties);
-  rows.append(EndOfLine);
-  rows.endRow();
+  row.ties(ties);
+  row.end();
 }
 
 void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
                         uint32_t count) {
-  c.profile.add(s);
-  c.st.m2.set(i, profileByte(s, c.W));
-  // The row gathers in a buffer on the stack and goes to rows in a few
-  // pieces; each start's digits are copied as a whole Digits buffer, a copy
-  // of a size known when compiling.
-  constexpr std::size_t kPiece = 512;
-  char piece[kPiece + sizeof(Digits::buf) + 16];
-  std::size_t n = 0;
-  RowBuffer& rows = c.rows;
-  rows.beginRow();
-  auto putDigits = [&](const Digits& d) {
-    std::memcpy(piece + n, d.buf, sizeof d.buf);
-    n += static_cast<std::size_t>(d.end - d.buf);
-  };
-  putDigits(Digits(i + 1));
-  piece[n++] = TAB;
-  piece[n++] = letterOf(base);
-  piece[n++] = TAB;
-  for (char ch : scoreText(c, s)) piece[n++] = ch;
-  piece[n++] = TAB;
-  bool first = true;
-  for (uint32_t k = 0; k < count; ++k) {
-    if (entries[k] <= 0) continue;  // a listed start, in the report
-    if (!first) piece[n++] = TAB;
-    first = false;
-    putDigits(Digits(entries[k]));
-    if (n >= kPiece) {
-      rows.append(std::string_view(piece, n));
-      n = 0;
-    }
-  }
-  piece[n++] = EndOfLine[0];
-  rows.append(std::string_view(piece, n));
-  rows.endRow();
+  ScoredRowMaker row(c, i, base, s);
+  for (uint32_t k = 0; k < count; ++k)
+    if (entries[k] > 0) row.tie(entries[k]);  // a negative one is a listed start, in the report
+  row.end();
 }
 
 void nRow(RunContext& c, int64_t i, uint8_t base) {
