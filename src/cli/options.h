@@ -26,7 +26,7 @@ struct ComparisonOptions {
   bool showLong = false, showShort = false;
 
   std::optional<uint64_t> seed;
-  std::optional<std::string> kernel;  // the scan's row kernel: auto, scalar, generic, sse2, avx2
+  std::optional<std::string> kernel;  // the scan's row kernel: auto, scalar, generic, sse2, avx2, avx512
   std::optional<int> threads;         // the most threads of the run; 0 for every core
 
   std::optional<std::string> report;

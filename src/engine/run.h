@@ -33,7 +33,8 @@ struct RunSettings {
   // The seed of the run's one random generator (Rnd).
   uint64_t seed = 0;
   // The row kernel of the scans: "auto" (the fastest this processor has),
-  // "scalar" (the reference, cell by cell), "generic", "sse2" or "avx2". A
+  // "scalar" (the reference, cell by cell), "generic", "sse2", "avx2" or
+  // "avx512". A
   // name the processor cannot run is taken as "auto". Every kernel gives the
   // same bytes.
   std::string kernel = "auto";

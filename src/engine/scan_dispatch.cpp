@@ -17,6 +17,9 @@ std::vector<ScanKernel> buildTable() {
   __builtin_cpu_init();
   if (__builtin_cpu_supports("avx2"))
     table.push_back({"avx2", 8, advanceSpanAvx2, blocksMaxAvx2, blockCandidatesAvx2, blockMatchAvx2});
+  // The AVX-512 kernel keeps its block maxima in the AVX2 form.
+  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
+    table.push_back({"avx512", 16, advanceSpanAvx512, blocksMaxAvx2, blockCandidatesAvx2, blockMatchAvx512});
 #endif
   return table;
 }
@@ -29,7 +32,7 @@ const std::vector<ScanKernel>& scanKernels() {
 }
 
 const std::vector<std::string_view>& scanKernelNames() {
-  static const std::vector<std::string_view> names = {"auto", "scalar", "generic", "sse2", "avx2"};
+  static const std::vector<std::string_view> names = {"auto", "scalar", "generic", "sse2", "avx2", "avx512"};
   return names;
 }
 
@@ -45,12 +48,12 @@ ScanColumns::ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nsho
   if (nshort < 0) nshort = 0;
   // Each copy: kPad zero cells, the column, kPad zero cells, on 64-byte
   // boundaries (the storage's and the stride's). A group of starts j0 (a
-  // multiple of 8) reads leave from j0 - 1 and enter from j0, that is the
+  // multiple of 16) reads leave from j0 - 1 and enter from j0, that is the
   // column from j0 + W - 1: the first copy sits one cell late, the second
-  // W - 1 cells early, modulo 8.
+  // W - 1 cells early, modulo 16 (and so modulo 8 for the narrower kernels).
   const int64_t stride = (nshort + 2 * kPad + 15) / 16 * 16;
   storage_.assign(static_cast<std::size_t>(stride * 10), 0.0f);
-  const int64_t enterShift = ((static_cast<int64_t>(W) - 1) % 8 + 8) % 8;
+  const int64_t enterShift = ((static_cast<int64_t>(W) - 1) % 16 + 16) % 16;
   for (int l = 0; l < 5; ++l) {
     const float* cellsOfL = cells.column(static_cast<uint8_t>(l));
     float* lv = storage_.data() + (2 * l) * stride + kPad + 1;

@@ -84,9 +84,9 @@ struct ScanKernel {
 
 // Every variant this processor can run, the scalar one first.
 const std::vector<ScanKernel>& scanKernels();
-// The variant of that name ("scalar", "generic", "sse2", "avx2"), or "auto" for
-// the fastest one this processor has (chosen once); nullptr when the name is
-// unknown or the processor lacks it.
+// The variant of that name ("scalar", "generic", "sse2", "avx2", "avx512"),
+// or "auto" for the fastest one this processor has (chosen once); nullptr
+// when the name is unknown or the processor lacks it.
 const ScanKernel* findScanKernel(std::string_view name);
 // Every name findScanKernel may know, whether or not this processor runs it.
 const std::vector<std::string_view>& scanKernelNames();
@@ -132,6 +132,10 @@ float blocksMaxAvx2(const float* blockmax, int64_t blocks);
 void blockCandidatesAvx2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                     uint64_t* ties, uint64_t* listed);
+void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                       const float* enter, float* blockmax);
+void blockMatchAvx512(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
+                      uint64_t* ties, uint64_t* listed);
 #endif
 
 }  // namespace trelvane

@@ -85,13 +85,21 @@ void PositionTester::test(int64_t i, Found& found) {
   const uint8_t* win = window(i);
   const std::size_t firstStart = found.starts.size();
   // Records position i; its window is copied where it does not lie in m0.
+  // The fields are stored one by one into the vector: an aggregate built on
+  // the stack first is copied out with wide loads that wait on its narrow
+  // stores.
   auto record = [&](float maxscore, bool n) {
-    PositionFound p{i, maxscore, n, static_cast<uint32_t>(found.starts.size() - firstStart), -1, win};
+    PositionFound& p = found.positions.emplace_back();
+    p.i = i;
+    p.maxscore = maxscore;
+    p.n = n;
+    p.starts = static_cast<uint32_t>(found.starts.size() - firstStart);
+    p.winAt = -1;
+    p.win = win;
     if (win == scratch_.data()) {
       p.winAt = static_cast<int64_t>(found.windows.size());
       found.windows.insert(found.windows.end(), win, win + c_.W + 1);
     }
-    found.positions.push_back(p);
   };
   if (hasN(win, c_.W)) {
     // The row of scores is kept up to date across the N, untested.

@@ -1,0 +1,101 @@
+// scan_avx512.cpp -- the row kernels with AVX-512, sixteen starts a vector (compiled with AVX-512 F/DQ/BW/VL, no FMA).
+// GCC 12 takes the undefined vectors inside some AVX-512 intrinsics for
+// uninitialized ones.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+
+#include <cmath>
+
+#include "engine/scan_cells.h"
+#include "engine/scan_kernels.h"
+
+namespace trelvane {
+
+namespace {
+
+// Starts j0 to j0 + 15, j0 a multiple of 16: next[j0 ..] from shifted =
+// prev[j0-1 .. j0+14]. next, leave and enter are read and written on whole
+// 64-byte lines (the rows start on 64-byte boundaries and ScanColumns places
+// its columns so).
+[[gnu::always_inline]] inline __m512 step16(__m512 shifted, float* next, const float* leave, const float* enter,
+                                            int64_t j0) {
+  __m512 out = _mm512_load_ps(leave + j0 - 1);  // cells of m1[j0-1 .. j0+14], leaving base
+  __m512 in = _mm512_load_ps(enter + j0);       // cells of m1[j0+W-1 .. j0+W+14], entering base
+  __m512 s = _mm512_add_ps(_mm512_sub_ps(shifted, out), in);
+  _mm512_store_ps(next + j0, s);
+  return s;
+}
+
+// prev[j0-1 .. j0+14] from the aligned words at j0 - 16 (lower) and j0
+// (upper): lane 0 is the top lane of the lower one.
+[[gnu::always_inline]] inline __m512 shifted(__m512 upper, __m512 lower) {
+  return _mm512_castsi512_ps(_mm512_alignr_epi32(_mm512_castps_si512(upper), _mm512_castps_si512(lower), 15));
+}
+
+}  // namespace
+
+void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                       const float* enter, float* blockmax) {
+  // blockmax[b * 8 ..] holds the greatest score of each lane modulo 8 of
+  // block b, the form of the AVX2 kernel, so that its BlocksMaxFn and
+  // BlockCandidatesFn serve; the starts outside whole groups (1 to 15 at the
+  // bottom, the top above the last group) go into lane 0 of their block.
+  const float none = -INFINITY;
+  float edge = none;
+  const int64_t firstGroup = (lo + 15) & ~int64_t{15};
+  cells::stepCells(prev, next, lo, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
+  int64_t j = firstGroup;
+  for (int64_t b = lo / kScanBlock; b <= hi / kScanBlock; ++b) {
+    const int64_t blockEnd = (b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi;
+    // max_ps(s, acc) gives acc where s is not a number: such a score is never
+    // the greatest. Two maxima, so that the next max need not wait for the
+    // one before; each word of prev is loaded once, for its own group and
+    // the next.
+    __m512 acc = _mm512_set1_ps(none), acc2 = acc;
+    if (j + 15 <= blockEnd) {
+      __m512 lower = _mm512_load_ps(prev + j - 16);
+      for (; j + 31 <= blockEnd; j += 32) {
+        const __m512 upper = _mm512_load_ps(prev + j), upper2 = _mm512_load_ps(prev + j + 16);
+        acc = _mm512_max_ps(step16(shifted(upper, lower), next, leave, enter, j), acc);
+        acc2 = _mm512_max_ps(step16(shifted(upper2, upper), next, leave, enter, j + 16), acc2);
+        lower = upper2;
+      }
+      if (j + 15 <= blockEnd) {
+        acc = _mm512_max_ps(step16(shifted(_mm512_load_ps(prev + j), lower), next, leave, enter, j), acc);
+        j += 16;
+      }
+    }
+    cells::stepCells(prev, next, j, blockEnd, leave, enter, edge);
+    j = blockEnd + 1;
+    acc = _mm512_max_ps(acc, acc2);
+    __m256 halves = _mm256_max_ps(_mm512_castps512_ps256(acc), _mm512_extractf32x8_ps(acc, 1));
+    halves = _mm256_max_ps(halves, _mm256_setr_ps(edge, none, none, none, none, none, none, none));
+    _mm256_storeu_ps(blockmax + b * 8, halves);
+    edge = none;
+  }
+}
+
+void blockMatchAvx512(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
+                      uint64_t* ties, uint64_t* listed) {
+  const __m512 m = _mm512_set1_ps(maxscore);
+  const __m512 th = _mm512_set1_ps(threshold);
+  // Ordered comparisons: false where either side is not a number. A span
+  // shorter than kMatchSpan reads only its own starts.
+  uint64_t t = 0, l = 0;
+  for (int64_t k = 0; k < count; k += 16) {
+    const __mmask16 in = count - k >= 16 ? __mmask16{0xffff} : static_cast<__mmask16>((1u << (count - k)) - 1);
+    const __m512 s = _mm512_maskz_loadu_ps(in, row + lo + k);  // scores of starts lo+k .. lo+k+15
+    t |= static_cast<uint64_t>(_mm512_mask_cmp_ps_mask(in, s, m, _CMP_EQ_OQ)) << k;
+    l |= static_cast<uint64_t>(_mm512_mask_cmp_ps_mask(in, th, s, _CMP_LE_OQ)) << k;
+  }
+  *ties = t;
+  *listed = l;
+}
+
+}  // namespace trelvane
