@@ -60,21 +60,35 @@ void meanAndSd(const ScoreSums& sums, float& mean, float& sd) {
 
 // SDs below and above the mean, from the profile bytes of the analysed range.
 void splitSd(const RunContext& c, float mean, float& sdlow, float& sdup) {
-  float sumu2bas = 0.0f, sumu2up = 0.0f;
-  int32_t low = 0, up = 0;
-  for (int64_t i = c.firstpos; i <= c.lastpos; ++i) {
-    uint8_t b = c.st.m2.get(i);
+  // A byte stands for one score: its square and its side are worked out
+  // once. A position adds its square to its side's sum and +0 to the other,
+  // which leaves that sum as it was (a sum of squares is never -0); bytes
+  // without a score add +0 to both.
+  float lowSquare[256], upSquare[256];
+  int32_t isLow[256], isUp[256];
+  for (int b = 0; b < 256; ++b) {
+    lowSquare[b] = upSquare[b] = 0.0f;
+    isLow[b] = isUp[b] = 0;
     if (b <= kProfileNoScore) continue;
-    float s = toSingle(profileScore(b, c.W));
+    float s = toSingle(profileScore(static_cast<uint8_t>(b), c.W));
     float d = s - mean;
     float square = d * d;
     if (mean > s) {
-      sumu2bas = sumu2bas + square;
-      ++low;
+      lowSquare[b] = square;
+      isLow[b] = 1;
     } else {
-      sumu2up = sumu2up + square;
-      ++up;
+      upSquare[b] = square;
+      isUp[b] = 1;
     }
+  }
+  float sumu2bas = 0.0f, sumu2up = 0.0f;
+  int32_t low = 0, up = 0;
+  for (int64_t i = c.firstpos; i <= c.lastpos; ++i) {
+    const uint8_t b = c.st.m2.get(i);
+    sumu2bas = sumu2bas + lowSquare[b];
+    sumu2up = sumu2up + upSquare[b];
+    low += isLow[b];
+    up += isUp[b];
   }
   float lowVariance = toSingle(static_cast<double>(sumu2bas) / static_cast<double>(low));
   float upVariance = toSingle(static_cast<double>(sumu2up) / static_cast<double>(up));

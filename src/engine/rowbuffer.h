@@ -27,6 +27,18 @@ class RowBuffer {
   }
   // Starts a row at rowpos: drops the zero byte that stands there.
   void beginRow() { bytes_.resize(rowpos_); }
+  // beginRow(), with the text to append the row to, until endRow().
+  std::string& begin() {
+    beginRow();
+    return bytes_;
+  }
+  // Rows written elsewhere, each ended by its line end, as if written one
+  // by one: rowpos ends behind the last.
+  void appendRows(std::string_view rows) {
+    beginRow();
+    append(rows);
+    endRow();
+  }
 
   void write(std::string_view row) {
     beginRow();

@@ -60,6 +60,17 @@ struct H0WorkerEnd {
   void operator()(H0Worker* w) const;
 };
 
+// Str of a Single, kept for the next call: neighbouring positions often
+// share their best score.
+class ScoreTexts {
+ public:
+  std::string_view of(float s);
+
+ private:
+  std::optional<std::string> text_;
+  uint32_t bits_ = 0;
+};
+
 // Everything one run of rumcompute holds between its stages.
 struct RunContext {
   RunContext(ComparisonState& st, const RunSettings& s, RunHost& host)
@@ -96,9 +107,8 @@ struct RunContext {
   // sums
   ScoreSums profile;
   ScoreSums h0;
-  // the text of the last best score written into a row, by its bits
-  std::optional<std::string> lastScoreText;
-  uint32_t lastScoreBits = 0;
+  // the texts of the best scores written into rows
+  ScoreTexts scoreTexts;
 
   // kernels: the variant, the matrix columns of the fast ones, and the
   // random expectation running beside the scan on a thread of its own
@@ -148,12 +158,23 @@ void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W
 // The pieces of a position of the substitution scan, shared by its drivers.
 void appendStart(std::string& tielist, int64_t j);
 void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin);
+// A position's row with its profile (m2 and the sums): a scored row with the
+// tie list, or an N row.
 void scoredRow(RunContext& c, int64_t i, uint8_t base, float s);
+void nRow(RunContext& c, int64_t i, uint8_t base);
 // scoredRow with the ties taken from stretch entries (j + 1 a tie, a negative
 // entry a listed start, passed over) instead of the tie list.
 void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
                         uint32_t count);
-void nRow(RunContext& c, int64_t i, uint8_t base);
+// The profile of a position alone, its row written apart: the sums take the
+// positions' scores in their order.
+void scoredProfile(RunContext& c, int64_t i, float s);
+void nProfile(RunContext& c, int64_t i);
+// The text of a row alone, appended to out: a part of the scan writes its
+// rows on its own thread, and they join the run's rows in their order.
+void scoredRowText(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s, const int64_t* entries,
+                   uint32_t count);
+void nRowText(std::string& out, int64_t i, uint8_t base);
 // The first position: every window pair scored in full, tested in rising order.
 void scoreFirstPosition(RunContext& c);
 // The progress step and the stop test of a position or a resampling: the

@@ -2,6 +2,7 @@
 #include "engine/scan_found.h"
 
 #include "engine/scan.h"
+#include "platform/numtext.h"
 
 namespace trelvane {
 
@@ -11,9 +12,15 @@ void Found::truncate(std::size_t keep) {
   for (std::size_t k = 0; k < keep; ++k) entries += positions[k].starts;
   positions.resize(keep);
   starts.resize(entries);
+  // a row holds no line end but its last byte
+  static_assert(EndOfLine.size() == 1);
+  std::size_t end = 0;
+  for (std::size_t k = 0; k < keep && end < rows.size(); ++k) end = rows.find(EndOfLine[0], end) + 1;
+  if (!rows.empty()) rows.resize(end);
 }
 
 void writeFound(RunContext& c, const Found& f) {
+  const bool rowsWritten = !f.rows.empty();
   std::size_t next = 0;
   for (const PositionFound& p : f.positions) {
     const uint8_t* win = p.winAt >= 0 ? f.windows.data() + p.winAt : p.win;
@@ -22,9 +29,16 @@ void writeFound(RunContext& c, const Found& f) {
     // the alignments into the report, then the row with its ties
     for (uint32_t k = 0; k < p.starts; ++k)
       if (entries[k] < 0) listAlignment(c, -entries[k] - 1, p.i, win);
-    if (p.n) nRow(c, p.i, win[0]);
-    else scoredRowOfEntries(c, p.i, win[0], p.maxscore, entries, p.starts);
+    if (rowsWritten) {
+      if (p.n) nProfile(c, p.i);
+      else scoredProfile(c, p.i, p.maxscore);
+    } else if (p.n) {
+      nRow(c, p.i, win[0]);
+    } else {
+      scoredRowOfEntries(c, p.i, win[0], p.maxscore, entries, p.starts);
+    }
   }
+  if (rowsWritten) c.rows.appendRows(f.rows);
 }
 
 void FoundWriter::handOver(Found& f) {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -29,17 +30,23 @@ struct Found {
   std::vector<PositionFound> positions;
   std::vector<int64_t> starts;
   std::vector<uint8_t> windows;  // copies of windows that lie outside m0's padding
+  // The positions' rows, one line each, where the tests wrote them (a
+  // tester on a thread beside others does); empty where they are left to
+  // writeFound.
+  std::string rows;
 
   void clear() {
     positions.clear();
     starts.clear();
     windows.clear();
+    rows.clear();
   }
   // Keeps the first `keep` positions only.
   void truncate(std::size_t keep);
   // The memory the stretch holds, about.
   std::size_t bytes() const {
-    return positions.size() * sizeof(PositionFound) + starts.size() * sizeof(int64_t) + windows.size();
+    return positions.size() * sizeof(PositionFound) + starts.size() * sizeof(int64_t) + windows.size() +
+           rows.size();
   }
 };
 

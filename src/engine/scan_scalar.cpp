@@ -52,34 +52,19 @@ struct Digits {
   char* end;
 };
 
-// Str of a Single, kept for the next call: neighbouring positions often
-// share their best score.
-std::string_view scoreText(RunContext& c, float s) {
-  uint32_t bits;
-  std::memcpy(&bits, &s, sizeof bits);
-  if (!c.lastScoreText || bits != c.lastScoreBits) {
-    c.lastScoreText = Str(s);
-    c.lastScoreBits = bits;
-  }
-  return *c.lastScoreText;
-}
-
-// A scored row in the making: the profile of position i, then the row's
-// fields gathered on the stack and handed to rows in pieces of about kPiece
-// bytes. Digits are copied as a whole Digits buffer, a copy of a size known
-// when compiling; the fields before the starts fit in the first piece (a
-// Single's text is at most 13 characters, an Integer's 20).
+// A scored row in the making: the row's fields gathered on the stack and
+// handed to `out` in pieces of about kPiece bytes. Digits are copied as a
+// whole Digits buffer, a copy of a size known when compiling; the fields
+// before the starts fit in the first piece (a Single's text is at most 13
+// characters, an Integer's 20).
 class ScoredRowMaker {
  public:
-  ScoredRowMaker(RunContext& c, int64_t i, uint8_t base, float s) : rows_(c.rows) {
-    c.profile.add(s);
-    c.st.m2.set(i, profileByte(s, c.W));
-    rows_.beginRow();
+  ScoredRowMaker(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s) : out_(out) {
     putDigits(Digits(i + 1));
     piece_[n_++] = TAB;
     piece_[n_++] = letterOf(base);
     piece_[n_++] = TAB;
-    for (char ch : scoreText(c, s)) piece_[n_++] = ch;
+    for (char ch : texts.of(s)) piece_[n_++] = ch;
     piece_[n_++] = TAB;
   }
   // A tied start, entered as j + 1; the starts are TAB-separated.
@@ -91,12 +76,11 @@ class ScoredRowMaker {
   // Tied starts already written out, TAB-separated.
   void ties(std::string_view text) {
     flush();
-    rows_.append(text);
+    out_.append(text);
   }
   void end() {
     piece_[n_++] = EndOfLine[0];
     flush();
-    rows_.endRow();
   }
 
  private:
@@ -107,15 +91,34 @@ class ScoredRowMaker {
     n_ += static_cast<std::size_t>(d.end - d.buf);
   }
   void flush() {
-    rows_.append(std::string_view(piece_, n_));
+    out_.append(piece_, n_);
     n_ = 0;
   }
 
-  RowBuffer& rows_;
+  std::string& out_;
   char piece_[kPiece + sizeof(Digits::buf) + 16];
   std::size_t n_ = 0;
   int64_t ties_ = 0;
 };
+
+// The row's ties from stretch entries: j + 1 a tie, a negative entry a
+// listed start, which goes to the report instead.
+void makeRowOfEntries(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s,
+                      const int64_t* entries, uint32_t count) {
+  ScoredRowMaker row(out, texts, i, base, s);
+  for (uint32_t k = 0; k < count; ++k)
+    if (entries[k] > 0) row.tie(entries[k]);
+  row.end();
+}
+
+void makeNRow(std::string& out, int64_t i, uint8_t base) {
+  const Digits d(i + 1);
+  out.append(d.text());
+  out += TAB;
+  out += letterOf(base);
+  out.append("\t0\t0");
+  out.append(EndOfLine);
+}
 
 }  // namespace
 
@@ -175,33 +178,52 @@ bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int
   return c.stopAsked();
 }
 
+std::string_view ScoreTexts::of(float s) {
+  uint32_t bits;
+  std::memcpy(&bits, &s, sizeof bits);
+  if (!text_ || bits != bits_) {
+    text_ = Str(s);
+    bits_ = bits;
+  }
+  return *text_;
+}
+
+void scoredProfile(RunContext& c, int64_t i, float s) {
+  c.profile.add(s);
+  c.st.m2.set(i, profileByte(s, c.W));
+}
+
+void nProfile(RunContext& c, int64_t i) { c.st.m2.set(i, kProfileN); }
+
 void scoredRow(RunContext& c, int64_t i, uint8_t base, float s) {
-  ScoredRowMaker row(c, i, base, s);
+  scoredProfile(c, i, s);
+  ScoredRowMaker row(c.rows.begin(), c.scoreTexts, i, base, s);
   std::string_view ties = c.tielist;
   if (!ties.empty()) ties.remove_suffix(1);
   row.ties(ties);
   row.end();
+  c.rows.endRow();
 }
 
 void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
                         uint32_t count) {
-  ScoredRowMaker row(c, i, base, s);
-  for (uint32_t k = 0; k < count; ++k)
-    if (entries[k] > 0) row.tie(entries[k]);  // a negative one is a listed start, in the report
-  row.end();
+  scoredProfile(c, i, s);
+  makeRowOfEntries(c.rows.begin(), c.scoreTexts, i, base, s, entries, count);
+  c.rows.endRow();
+}
+
+void scoredRowText(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s, const int64_t* entries,
+                   uint32_t count) {
+  makeRowOfEntries(out, texts, i, base, s, entries, count);
 }
 
 void nRow(RunContext& c, int64_t i, uint8_t base) {
-  c.st.m2.set(i, kProfileN);
-  RowBuffer& rows = c.rows;
-  rows.beginRow();
-  rows.append(Digits(i + 1).text());
-  rows.append(TAB);
-  rows.append(letterOf(base));
-  rows.append("\t0\t0");
-  rows.append(EndOfLine);
-  rows.endRow();
+  nProfile(c, i);
+  makeNRow(c.rows.begin(), i, base);
+  c.rows.endRow();
 }
+
+void nRowText(std::string& out, int64_t i, uint8_t base) { makeNRow(out, i, base); }
 
 void scoreFirstPosition(RunContext& c) {
   const uint8_t* m1 = c.m1->data();

@@ -22,7 +22,7 @@ constexpr int64_t kLeastStolen = 1024;
 PositionTester::PositionTester(const RunContext& c, int64_t last, ScanTail* tail)
     : c_(c), last_(last), tail_(tail), batch_(*c.kernel, c.lastshort),
       candidates_(static_cast<std::size_t>(scanBlockCount(c.lastshort) / 64 + 1)),
-      scratch_(static_cast<std::size_t>(c.W) + 2, 0) {
+      scratch_(static_cast<std::size_t>(c.W) + 2, 0), writeRows_(c.threads >= 2) {
   const std::size_t steps = static_cast<std::size_t>(batch_.steps());
   leave_.resize(steps);
   enter_.resize(steps);
@@ -89,17 +89,21 @@ void PositionTester::test(int64_t i, Found& found) {
   // the stack first is copied out with wide loads that wait on its narrow
   // stores.
   auto record = [&](float maxscore, bool n) {
+    const auto count = static_cast<uint32_t>(found.starts.size() - firstStart);
     PositionFound& p = found.positions.emplace_back();
     p.i = i;
     p.maxscore = maxscore;
     p.n = n;
-    p.starts = static_cast<uint32_t>(found.starts.size() - firstStart);
+    p.starts = count;
     p.winAt = -1;
     p.win = win;
     if (win == scratch_.data()) {
       p.winAt = static_cast<int64_t>(found.windows.size());
       found.windows.insert(found.windows.end(), win, win + c_.W + 1);
     }
+    if (!writeRows_) return;
+    if (n) nRowText(found.rows, i, win[0]);
+    else scoredRowText(found.rows, texts_, i, win[0], maxscore, found.starts.data() + firstStart, count);
   };
   if (hasN(win, c_.W)) {
     // The row of scores is kept up to date across the N, untested.

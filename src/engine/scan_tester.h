@@ -11,6 +11,7 @@
 
 #include "engine/scan_batch.h"
 #include "engine/scan_found.h"
+#include "engine/scan.h"
 
 namespace trelvane {
 
@@ -52,6 +53,10 @@ class PositionTester {
   std::vector<const uint8_t*> wins_;
   std::vector<float> starts_;
   std::vector<uint8_t> winCopies_;
+  // Where the run has threads beside this one, each position's row is
+  // written here, into its stretch; else writeFound writes it.
+  bool writeRows_;
+  ScoreTexts texts_;
 };
 
 // The stretches of a part tested on another thread, handed over in their

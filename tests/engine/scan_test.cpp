@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <random>
 
+#include "engine/scan_found.h"
 #include "engine_test_util.h"
 #include "platform/numtext.h"
 
@@ -180,6 +181,34 @@ TEST(Scan, RowsGrowPastThirtyBytesPerBase) {
   for (int j = 199; j >= 1; --j) ties += "\t" + std::to_string(j);
   EXPECT_EQ(r.rows[38], "39\tA\t2" + ties);
   EXPECT_EQ(r.rows[39], "40\tA\t");
+}
+
+// A stretch cut back to its first positions (a stop while stretches are
+// taken) keeps their entries and their rows, where its tester wrote them.
+TEST(Scan, StretchCutBackKeepsItsFirstPositionsEntriesAndRows) {
+  Found f;
+  const uint8_t win[4] = {1, 2, 3, 4};
+  const std::vector<std::vector<int64_t>> entries = {{3, -3}, {}, {7, 5, -2}, {9}};
+  for (std::size_t k = 0; k < entries.size(); ++k) {
+    f.positions.push_back({static_cast<int64_t>(k), 1.5f, k == 1, static_cast<uint32_t>(entries[k].size()), -1, win});
+    f.starts.insert(f.starts.end(), entries[k].begin(), entries[k].end());
+    f.rows += std::to_string(k + 1) + "\tA\t1.5\t" + (entries[k].empty() ? "" : std::to_string(entries[k][0])) + "\n";
+  }
+  Found unwritten = f;
+  unwritten.rows.clear();
+
+  f.truncate(3);
+  ASSERT_EQ(f.positions.size(), 3u);
+  EXPECT_EQ(f.starts, (std::vector<int64_t>{3, -3, 7, 5, -2}));
+  EXPECT_EQ(f.rows, "1\tA\t1.5\t3\n2\tA\t1.5\t\n3\tA\t1.5\t7\n");
+  f.truncate(5);  // beyond its positions: nothing changes
+  EXPECT_EQ(f.positions.size(), 3u);
+  f.truncate(0);
+  EXPECT_TRUE(f.positions.empty() && f.starts.empty() && f.rows.empty());
+
+  unwritten.truncate(1);
+  EXPECT_EQ(unwritten.starts, (std::vector<int64_t>{3, -3}));
+  EXPECT_TRUE(unwritten.rows.empty());
 }
 
 TEST(ScanGuard, ShortLengthBeyondItsBlockReadsZeros) {
