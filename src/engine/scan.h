@@ -100,19 +100,21 @@ struct RunContext {
   std::string tielist;
   MemoryBlock resampled;
   std::vector<float> histogram;
-  RowBuffer rows;
-  std::string report;
   std::vector<uint8_t> scratch;  // a window that lies outside a block's padding
-
-  // sums
-  ScoreSums profile;
   ScoreSums h0;
+
+  // What the writer of the rows changes while the scans run, on cache lines
+  // of its own: the scans' threads read the fields around it at every
+  // position, and a line shared with these would go back and forth.
+  alignas(64) RowBuffer rows;
+  std::string report;
+  ScoreSums profile;
   // the texts of the best scores written into rows
   ScoreTexts scoreTexts;
 
   // kernels: the variant, the matrix columns of the fast ones, and the
   // random expectation running beside the scan on a thread of its own
-  const ScanKernel* kernel = nullptr;
+  alignas(64) const ScanKernel* kernel = nullptr;
   std::optional<ScanColumns> columns;
   // the end of the scan along the longest sequence, which the random
   // expectation's thread takes over once its own work is done
@@ -158,6 +160,8 @@ void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W
 // The pieces of a position of the substitution scan, shared by its drivers.
 void appendStart(std::string& tielist, int64_t j);
 void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin);
+// The same alignment appended to r, m1 the shortest sequence.
+void alignmentText(std::string& r, const uint8_t* m1, int32_t W, int64_t j, int64_t i, const uint8_t* longWin);
 // A position's row with its profile (m2 and the sums): a scored row with the
 // tie list, or an N row.
 void scoredRow(RunContext& c, int64_t i, uint8_t base, float s);

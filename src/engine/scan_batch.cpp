@@ -36,12 +36,17 @@ RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, bool keepRows)
 }
 
 void RowBatch::advance(int n, const float* const* leave, const float* const* enter, const float* start) {
-  if (keepRows_) advanceKeepingRows(n, leave, enter, start);
+  if (keepRows_) advanceKeepingRows(n, leave, enter, start, nullptr);
   else advanceBestOnly(n, leave, enter, start);
 }
 
+void RowBatch::advanceUpTo(int n, const float* const* leave, const float* const* enter, const float* start,
+                           const int64_t* upTo) {
+  advanceKeepingRows(n, leave, enter, start, upTo);
+}
+
 void RowBatch::advanceKeepingRows(int n, const float* const* leave, const float* const* enter,
-                                  const float* start) {
+                                  const float* start, const int64_t* upTo) {
   // The last row of the batch before becomes the row before this one.
   std::swap(rows_[0], rows_[last_]);
   last_ = static_cast<std::size_t>(n);
@@ -50,9 +55,11 @@ void RowBatch::advanceKeepingRows(int n, const float* const* leave, const float*
   // the tile below, which has done every step already, or from start[k - 1].
   for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kTile + 1) * kTile) {
     const int64_t hi = std::min((lo / kTile + 1) * kTile - 1, lastshort_);
-    for (int k = 0; k < n; ++k)
+    for (int k = 0; k < n; ++k) {
+      if (upTo && lo > upTo[k]) continue;
       kernel_.advanceSpan(rows_[static_cast<std::size_t>(k)], rows_[static_cast<std::size_t>(k) + 1], lo, hi,
                           leave[k], enter[k], blockmaxOf(k));
+    }
   }
 }
 

@@ -44,9 +44,16 @@ class RowBatch {
   // Runs n steps (1 to steps()): step k with the columns leave[k] and
   // enter[k], and start[k] for its start 0.
   void advance(int n, const float* const* leave, const float* const* enter, const float* start);
+  // advance() where only the starts up to upTo[k] of step k are needed
+  // later (a part's repeat of the positions before it): tiles of starts
+  // wholly above are not computed, and their scores are left as they were.
+  // Rows are kept.
+  void advanceUpTo(int n, const float* const* leave, const float* const* enter, const float* start,
+                   const int64_t* upTo);
 
  private:
-  void advanceKeepingRows(int n, const float* const* leave, const float* const* enter, const float* start);
+  void advanceKeepingRows(int n, const float* const* leave, const float* const* enter, const float* start,
+                          const int64_t* upTo);
   void advanceBestOnly(int n, const float* const* leave, const float* const* enter, const float* start);
   float* blockmaxOf(int k) { return blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_; }
 

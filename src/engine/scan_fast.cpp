@@ -59,24 +59,13 @@ void substitutionScanColumns(RunContext& c) {
   }
   scoreFirstPosition(c);
 
-  // With a second core the rows and the alignments are written beside the
-  // scan; without one (or without a thread to be had) each stretch is
-  // written as soon as it is found.
-  std::unique_ptr<FoundWriter> writer;
-  if (c.threads >= 2) {
-    try {
-      writer = std::make_unique<FoundWriter>(c);
-    } catch (const std::system_error&) {
-      writer.reset();
-    }
-  }
+  // The rows and alignments of the first part are written here as its
+  // stretches fill; those of the parts on other threads are written there,
+  // into their stretches, and only joined here, in their order.
   Found found;
   auto flush = [&] {
-    if (writer) writer->handOver(found);
-    else {
-      writeFound(c, found);
-      found.clear();
-    }
+    writeFound(c, found);
+    found.clear();
   };
 
   // The first part here; the later ones, where there are, go on beside it
@@ -94,7 +83,7 @@ void substitutionScanColumns(RunContext& c) {
   int32_t counter = 0;
   int64_t i = c.firstpos + 1;
   {
-    PositionTester tester(c, firstPartLast, parts.empty() ? tail : nullptr);
+    PositionTester tester(c, firstPartLast, parts.empty() ? tail : nullptr, false);
     std::copy(c.scorerow.begin(), c.scorerow.begin() + std::max<int64_t>(c.lastshort, 0) + 1, tester.before());
     for (; tester.ready(i); ++i) {
       if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) {
@@ -103,7 +92,7 @@ void substitutionScanColumns(RunContext& c) {
         return;
       }
       tester.test(i, found);
-      if (found.positions.size() >= kStretch) flush();
+      if (found.full()) flush();
     }
   }
   flush();
@@ -134,7 +123,6 @@ void substitutionScanColumns(RunContext& c) {
       ++i;
     }
   }
-  if (writer) writer->finish();
 }
 
 }  // namespace trelvane

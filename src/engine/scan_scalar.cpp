@@ -131,11 +131,14 @@ void appendStart(std::string& tielist, int64_t j) {
 // the two starts, the two windows' letters and the line of matches, written
 // in one piece at the end of the report.
 void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin) {
+  alignmentText(c.report, c.m1->data(), c.W, j, i, longWin);
+}
+
+void alignmentText(std::string& r, const uint8_t* m1, int32_t W, int64_t j, int64_t i, const uint8_t* longWin) {
   static_assert(EndOfLine.size() == 1);
-  const int32_t W = c.W > 0 ? c.W : 0;
-  const uint8_t* shortWin = c.m1->data() + j;
+  if (W < 0) W = 0;
+  const uint8_t* shortWin = m1 + j;
   const Digits from(j), to(i);
-  std::string& r = c.report;
   const std::size_t at = r.size();
   r.resize(at + from.text().size() + to.text().size() + 3 * static_cast<std::size_t>(W) + 6);
   char* p = r.data() + at;

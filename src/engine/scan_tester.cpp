@@ -19,21 +19,22 @@ constexpr int64_t kLeastStolen = 1024;
 
 }  // namespace
 
-PositionTester::PositionTester(const RunContext& c, int64_t last, ScanTail* tail)
+PositionTester::PositionTester(const RunContext& c, int64_t last, ScanTail* tail, bool writeTexts)
     : c_(c), last_(last), tail_(tail), batch_(*c.kernel, c.lastshort),
       candidates_(static_cast<std::size_t>(scanBlockCount(c.lastshort) / 64 + 1)),
-      scratch_(static_cast<std::size_t>(c.W) + 2, 0), writeRows_(c.threads >= 2) {
+      scratch_(static_cast<std::size_t>(c.W) + 2, 0), writeTexts_(writeTexts) {
   const std::size_t steps = static_cast<std::size_t>(batch_.steps());
   leave_.resize(steps);
   enter_.resize(steps);
   wins_.resize(steps);
   starts_.resize(steps);
+  upTo_.resize(steps);
   winCopies_.resize(steps * (static_cast<std::size_t>(c.W) + 1));
 }
 
 const uint8_t* PositionTester::window(int64_t i) { return RunContext::windowIn(c_.st.m0, i, c_.W + 1, scratch_); }
 
-void PositionTester::computeBatch(int64_t i, int n) {
+void PositionTester::computeBatch(int64_t i, int n, const int64_t* warmFrom) {
   const MemoryBlock& m0 = c_.st.m0;
   const int32_t W = c_.W;
   const ScanColumns& cols = *c_.columns;
@@ -51,13 +52,21 @@ void PositionTester::computeBatch(int64_t i, int n) {
     wins_[k] = win;
   }
   startScoresFromFirst(c_.m1->data(), wins_.data(), n, W, c_.cells, starts_.data());
-  batch_.advance(n, leave_.data(), enter_.data(), starts_.data());
+  if (!warmFrom) {
+    batch_.advance(n, leave_.data(), enter_.data(), starts_.data());
+    return;
+  }
+  for (int k = 0; k < n; ++k) upTo_[k] = i + k - *warmFrom;
+  batch_.advanceUpTo(n, leave_.data(), enter_.data(), starts_.data(), upTo_.data());
 }
 
 void PositionTester::warmUp(int64_t from, int64_t to) {
+  // Start j at a later position p reads start j - 1 at p - 1: the diagonals
+  // that reach the first tested position cover, at a position p of the
+  // repeat, the starts up to p - from alone.
   for (int64_t i = from; i <= to;) {
     const int n = static_cast<int>(std::min<int64_t>(batch_.steps(), to - i + 1));
-    computeBatch(i, n);
+    computeBatch(i, n, &from);
     i += n;
   }
   step_ = batched_ = 0;
@@ -101,9 +110,14 @@ void PositionTester::test(int64_t i, Found& found) {
       p.winAt = static_cast<int64_t>(found.windows.size());
       found.windows.insert(found.windows.end(), win, win + c_.W + 1);
     }
-    if (!writeRows_) return;
+    if (!writeTexts_) return;
+    const int64_t* entries = found.starts.data() + firstStart;
+    for (uint32_t k = 0; k < count; ++k)
+      if (entries[k] < 0) alignmentText(found.listing, c_.m1->data(), c_.W, -entries[k] - 1, i, win);
     if (n) nRowText(found.rows, i, win[0]);
-    else scoredRowText(found.rows, texts_, i, win[0], maxscore, found.starts.data() + firstStart, count);
+    else scoredRowText(found.rows, texts_, i, win[0], maxscore, entries, count);
+    p.rowsEnd = found.rows.size();
+    p.listingEnd = found.listing.size();
   };
   if (hasN(win, c_.W)) {
     // The row of scores is kept up to date across the N, untested.
@@ -187,7 +201,7 @@ void PartQueue::giveUp() {
 }
 
 void testPart(const RunContext& c, int64_t from, int64_t to, ScanTail* tail, PartQueue& queue) {
-  PositionTester tester(c, to, tail);
+  PositionTester tester(c, to, tail, true);
   // A diagonal tested at position from or later started at j = 0 no more
   // than lastshort positions before: from there on the row holds what the
   // whole scan has, whatever it held before (zeros).
@@ -196,7 +210,7 @@ void testPart(const RunContext& c, int64_t from, int64_t to, ScanTail* tail, Par
   for (int64_t i = from; tester.ready(i); ++i) {
     if (f.positions.empty() && queue.givenUp()) break;
     tester.test(i, f);
-    if (f.positions.size() >= kStretch) queue.publish(f);
+    if (f.full()) queue.publish(f);
   }
   if (!f.positions.empty()) queue.publish(f);
   queue.end();
@@ -232,13 +246,13 @@ bool ScanTail::steal(int64_t& from, int64_t& to, int64_t repeat) {
   cv_.wait(lock, [&] { return armed_ || givenUp_; });
   if (givenUp_) return false;
   // The tester goes on from committed_ + 1; the thief repeats `repeat`
-  // positions before its own: the tester keeps (left + repeat) / 2, and each
-  // computes as many. Worth it where that ends the scan well before the
-  // tester alone would: with at least twice the repeat left, a quarter
-  // sooner or more.
+  // positions before its own, untested and each on fewer starts, about half
+  // the work of as many tested ones: the tester keeps (left + repeat / 2) / 2,
+  // and both end about together. Worth it where that ends the scan well
+  // before the tester alone would: with at least twice the repeat left.
   const int64_t left = limit_ - committed_;
   if (left < 2 * (repeat + 1) || left < 2 * kLeastStolen) return false;
-  from = committed_ + 1 + (left + repeat) / 2;
+  from = committed_ + 1 + (left + repeat / 2) / 2;
   to = limit_;
   limit_ = from - 1;
   return true;

@@ -25,7 +25,9 @@ class ScanTail;
 // tests the last part, the tail may end it earlier.
 class PositionTester {
  public:
-  PositionTester(const RunContext& c, int64_t last, ScanTail* tail = nullptr);
+  // writeTexts: the positions' rows and alignments are written into the
+  // stretches (a tester on a thread of its own), else left to writeFound.
+  PositionTester(const RunContext& c, int64_t last, ScanTail* tail, bool writeTexts);
 
   // The row the first batch starts from.
   float* before() { return batch_.before(); }
@@ -38,8 +40,9 @@ class PositionTester {
   void test(int64_t i, Found& found);
 
  private:
-  // The rows of the positions from i to i + n - 1.
-  void computeBatch(int64_t i, int n);
+  // The rows of the positions from i to i + n - 1; where warmFrom is given,
+  // only the starts up to p - warmFrom of each position p.
+  void computeBatch(int64_t i, int n, const int64_t* warmFrom = nullptr);
   const uint8_t* window(int64_t i);
 
   const RunContext& c_;
@@ -52,10 +55,9 @@ class PositionTester {
   std::vector<const float*> leave_, enter_;
   std::vector<const uint8_t*> wins_;
   std::vector<float> starts_;
+  std::vector<int64_t> upTo_;
   std::vector<uint8_t> winCopies_;
-  // Where the run has threads beside this one, each position's row is
-  // written here, into its stretch; else writeFound writes it.
-  bool writeRows_;
+  bool writeTexts_;
   ScoreTexts texts_;
 };
 

@@ -184,31 +184,37 @@ TEST(Scan, RowsGrowPastThirtyBytesPerBase) {
 }
 
 // A stretch cut back to its first positions (a stop while stretches are
-// taken) keeps their entries and their rows, where its tester wrote them.
-TEST(Scan, StretchCutBackKeepsItsFirstPositionsEntriesAndRows) {
+// taken) keeps their entries, and their rows and alignments where its tester
+// wrote them.
+TEST(Scan, StretchCutBackKeepsItsFirstPositionsEntriesAndTexts) {
   Found f;
   const uint8_t win[4] = {1, 2, 3, 4};
-  const std::vector<std::vector<int64_t>> entries = {{3, -3}, {}, {7, 5, -2}, {9}};
+  const std::vector<std::vector<int64_t>> entries = {{3, -3}, {}, {7, 5, -2, -9}, {9, -1}};
   for (std::size_t k = 0; k < entries.size(); ++k) {
-    f.positions.push_back({static_cast<int64_t>(k), 1.5f, k == 1, static_cast<uint32_t>(entries[k].size()), -1, win});
     f.starts.insert(f.starts.end(), entries[k].begin(), entries[k].end());
-    f.rows += std::to_string(k + 1) + "\tA\t1.5\t" + (entries[k].empty() ? "" : std::to_string(entries[k][0])) + "\n";
+    f.rows += std::to_string(k + 1) + "\tA\t1.5\n";
+    for (int64_t e : entries[k])
+      if (e < 0) f.listing += std::to_string(-e) + " " + std::to_string(k) + "\n";
+    f.positions.push_back({static_cast<int64_t>(k), 1.5f, k == 1, static_cast<uint32_t>(entries[k].size()), -1,
+                           win, f.rows.size(), f.listing.size()});
   }
   Found unwritten = f;
   unwritten.rows.clear();
+  unwritten.listing.clear();
 
   f.truncate(3);
   ASSERT_EQ(f.positions.size(), 3u);
-  EXPECT_EQ(f.starts, (std::vector<int64_t>{3, -3, 7, 5, -2}));
-  EXPECT_EQ(f.rows, "1\tA\t1.5\t3\n2\tA\t1.5\t\n3\tA\t1.5\t7\n");
+  EXPECT_EQ(f.starts, (std::vector<int64_t>{3, -3, 7, 5, -2, -9}));
+  EXPECT_EQ(f.rows, "1\tA\t1.5\n2\tA\t1.5\n3\tA\t1.5\n");
+  EXPECT_EQ(f.listing, "3 0\n2 2\n9 2\n");
   f.truncate(5);  // beyond its positions: nothing changes
   EXPECT_EQ(f.positions.size(), 3u);
   f.truncate(0);
-  EXPECT_TRUE(f.positions.empty() && f.starts.empty() && f.rows.empty());
+  EXPECT_TRUE(f.positions.empty() && f.starts.empty() && f.rows.empty() && f.listing.empty());
 
   unwritten.truncate(1);
   EXPECT_EQ(unwritten.starts, (std::vector<int64_t>{3, -3}));
-  EXPECT_TRUE(unwritten.rows.empty());
+  EXPECT_TRUE(unwritten.rows.empty() && unwritten.listing.empty());
 }
 
 TEST(ScanGuard, ShortLengthBeyondItsBlockReadsZeros) {
