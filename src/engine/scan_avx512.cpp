@@ -4,12 +4,14 @@
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
 #include <immintrin.h>
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic pop
 #endif
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/scan_cells.h"
@@ -43,9 +45,9 @@ namespace {
 void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
                        const float* enter, float* blockmax) {
   // blockmax[b * 8 ..] holds the greatest score of each lane modulo 8 of
-  // block b, the form of the AVX2 kernel, so that its BlocksMaxFn and
-  // BlockCandidatesFn serve; the starts outside whole groups (1 to 15 at the
-  // bottom, the top above the last group) go into lane 0 of their block.
+  // block b (the two halves of a vector folded); the starts outside whole
+  // groups (1 to 15 at the bottom, the top above the last group) go into
+  // lane 0 of their block.
   const float none = -INFINITY;
   float edge = none;
   const int64_t firstGroup = (lo + 15) & ~int64_t{15};
@@ -78,6 +80,49 @@ void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, c
     halves = _mm256_max_ps(halves, _mm256_setr_ps(edge, none, none, none, none, none, none, none));
     _mm256_storeu_ps(blockmax + b * 8, halves);
     edge = none;
+  }
+}
+
+float blocksMaxAvx512(const float* blockmax, int64_t blocks) {
+  // Two blocks a vector, two maxima side by side.
+  const __m512 none = _mm512_set1_ps(-INFINITY);
+  __m512 a = none, a2 = none;
+  int64_t b = 0;
+  for (; b + 4 <= blocks; b += 4) {
+    a = _mm512_max_ps(_mm512_loadu_ps(blockmax + b * 8), a);
+    a2 = _mm512_max_ps(_mm512_loadu_ps(blockmax + b * 8 + 16), a2);
+  }
+  for (; b < blocks; b += 2) {
+    const __mmask16 in = blocks - b >= 2 ? __mmask16{0xffff} : __mmask16{0x00ff};
+    a = _mm512_max_ps(_mm512_mask_loadu_ps(none, in, blockmax + b * 8), a);
+  }
+  // no lane holds a not-a-number
+  return _mm512_reduce_max_ps(_mm512_max_ps(a, a2));
+}
+
+void blockCandidatesAvx512(const float* blockmax, int64_t blocks, float lower, uint64_t* bits) {
+  const __m512 l = _mm512_set1_ps(lower);
+  for (int64_t w = 0; w * 64 < blocks; ++w) {
+    const int64_t end = std::min(blocks, w * 64 + 64);
+    uint64_t word = 0;
+    for (int64_t b = w * 64; b < end; b += 8) {
+      // Eight blocks, two a vector: byte k of lanes holds the lanes of
+      // block b + k that reach lower (ordered: false for a not-a-number).
+      uint64_t lanes = 0;
+      for (int v = 0; v < 4 && b + 2 * v < end; ++v) {
+        const __mmask16 in = end - (b + 2 * v) >= 2 ? __mmask16{0xffff} : __mmask16{0x00ff};
+        const __m512 x = _mm512_maskz_loadu_ps(in, blockmax + (b + 2 * v) * 8);
+        lanes |= static_cast<uint64_t>(_mm512_mask_cmp_ps_mask(in, x, l, _CMP_GE_OQ)) << (16 * v);
+      }
+      // a bit for each byte with one: folded to the byte's low bit, then the
+      // eight low bits gathered in the top byte of the product
+      lanes |= lanes >> 4;
+      lanes |= lanes >> 2;
+      lanes |= lanes >> 1;
+      lanes &= 0x0101010101010101ULL;
+      word |= ((lanes * 0x0102040810204080ULL) >> 56) << (b % 64);
+    }
+    bits[w] = word;
   }
 }
 

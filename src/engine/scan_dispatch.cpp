@@ -17,9 +17,8 @@ std::vector<ScanKernel> buildTable() {
   __builtin_cpu_init();
   if (__builtin_cpu_supports("avx2"))
     table.push_back({"avx2", 8, advanceSpanAvx2, blocksMaxAvx2, blockCandidatesAvx2, blockMatchAvx2});
-  // The AVX-512 kernel keeps its block maxima in the AVX2 form.
-  if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
-    table.push_back({"avx512", 16, advanceSpanAvx512, blocksMaxAvx2, blockCandidatesAvx2, blockMatchAvx512});
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
+    table.push_back({"avx512", 16, advanceSpanAvx512, blocksMaxAvx512, blockCandidatesAvx512, blockMatchAvx512});
 #endif
   return table;
 }

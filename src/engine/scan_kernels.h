@@ -134,6 +134,8 @@ void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore,
                     uint64_t* ties, uint64_t* listed);
 void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
                        const float* enter, float* blockmax);
+float blocksMaxAvx512(const float* blockmax, int64_t blocks);
+void blockCandidatesAvx512(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchAvx512(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                       uint64_t* ties, uint64_t* listed);
 #endif
