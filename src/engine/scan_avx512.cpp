@@ -1,4 +1,4 @@
-// scan_avx512.cpp -- the row kernels with AVX-512, sixteen starts a vector (compiled with AVX-512 F/DQ/BW/VL, no FMA).
+// scan_avx512.cpp -- the row kernels with AVX-512, sixteen starts a vector (compiled with AVX-512 F and DQ; no products).
 // GCC 12 takes the undefined vectors inside some AVX-512 intrinsics for
 // uninitialized ones.
 #if defined(__GNUC__) && !defined(__clang__)
