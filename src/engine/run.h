@@ -34,9 +34,8 @@ struct RunSettings {
   uint64_t seed = 0;
   // The row kernel of the scans: "auto" (the fastest this processor has),
   // "scalar" (the reference, cell by cell), "generic", "sse2", "avx2" or
-  // "avx512". A
-  // name the processor cannot run is taken as "auto". Every kernel gives the
-  // same bytes.
+  // "avx512". A name the processor cannot run is taken as "auto". Every
+  // kernel gives the same bytes.
   std::string kernel = "auto";
   // The most threads a run may use; 0 for every core. With two or more, the
   // random expectation runs beside the scan along the longest sequence.

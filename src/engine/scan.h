@@ -103,9 +103,10 @@ struct RunContext {
   std::vector<uint8_t> scratch;  // a window that lies outside a block's padding
   ScoreSums h0;
 
-  // What the writer of the rows changes while the scans run, on cache lines
-  // of its own: the scans' threads read the fields around it at every
-  // position, and a line shared with these would go back and forth.
+  // What the scan's own thread changes while parts of the scan run on
+  // other threads, on cache lines of its own: those threads read the fields
+  // around it at every position, and a line shared with these would go back
+  // and forth.
   alignas(64) RowBuffer rows;
   std::string report;
   ScoreSums profile;

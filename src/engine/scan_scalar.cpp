@@ -101,25 +101,6 @@ class ScoredRowMaker {
   int64_t ties_ = 0;
 };
 
-// The row's ties from stretch entries: j + 1 a tie, a negative entry a
-// listed start, which goes to the report instead.
-void makeRowOfEntries(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s,
-                      const int64_t* entries, uint32_t count) {
-  ScoredRowMaker row(out, texts, i, base, s);
-  for (uint32_t k = 0; k < count; ++k)
-    if (entries[k] > 0) row.tie(entries[k]);
-  row.end();
-}
-
-void makeNRow(std::string& out, int64_t i, uint8_t base) {
-  const Digits d(i + 1);
-  out.append(d.text());
-  out += TAB;
-  out += letterOf(base);
-  out.append("\t0\t0");
-  out.append(EndOfLine);
-}
-
 }  // namespace
 
 void appendStart(std::string& tielist, int64_t j) {
@@ -208,25 +189,35 @@ void scoredRow(RunContext& c, int64_t i, uint8_t base, float s) {
   c.rows.endRow();
 }
 
+void scoredRowText(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s, const int64_t* entries,
+                   uint32_t count) {
+  ScoredRowMaker row(out, texts, i, base, s);
+  for (uint32_t k = 0; k < count; ++k)
+    if (entries[k] > 0) row.tie(entries[k]);  // a negative one is a listed start, in the report
+  row.end();
+}
+
 void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
                         uint32_t count) {
   scoredProfile(c, i, s);
-  makeRowOfEntries(c.rows.begin(), c.scoreTexts, i, base, s, entries, count);
+  scoredRowText(c.rows.begin(), c.scoreTexts, i, base, s, entries, count);
   c.rows.endRow();
 }
 
-void scoredRowText(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s, const int64_t* entries,
-                   uint32_t count) {
-  makeRowOfEntries(out, texts, i, base, s, entries, count);
+void nRowText(std::string& out, int64_t i, uint8_t base) {
+  const Digits d(i + 1);
+  out.append(d.text());
+  out += TAB;
+  out += letterOf(base);
+  out.append("\t0\t0");
+  out.append(EndOfLine);
 }
 
 void nRow(RunContext& c, int64_t i, uint8_t base) {
   nProfile(c, i);
-  makeNRow(c.rows.begin(), i, base);
+  nRowText(c.rows.begin(), i, base);
   c.rows.endRow();
 }
-
-void nRowText(std::string& out, int64_t i, uint8_t base) { makeNRow(out, i, base); }
 
 void scoreFirstPosition(RunContext& c) {
   const uint8_t* m1 = c.m1->data();
