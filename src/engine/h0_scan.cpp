@@ -48,7 +48,7 @@ class H0Scanner {
   explicit H0Scanner(const RunContext& c)
       : c_(c), row_(static_cast<std::size_t>(c.lastshort) + 1, 0.0f),
         histogram_(c.histogram.size(), 0.0f) {
-    if (!c.kernel->isScalar()) batch_.emplace(*c.kernel, c.lastshort, false);
+    if (!c.kernel->isScalar()) batch_.emplace(*c.kernel, c.lastshort, RowBatch::Keep::kBestOnly);
     const std::size_t steps = static_cast<std::size_t>(batchSteps());
     pending_.resize(steps);
     leave_.resize(steps);

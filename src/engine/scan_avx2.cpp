@@ -45,43 +45,64 @@ inline float lanesMax(__m256 acc) {
 
 }  // namespace
 
+namespace {
+
+// blockmax[b * 8 ..] holds the greatest score of each lane of block b; edge,
+// the greatest of the starts outside whole groups, goes into lane 0.
+[[gnu::always_inline]] inline void storeBlockMax(float* blockmax, int64_t b, __m256 acc, float edge) {
+  const float none = -INFINITY;
+  _mm256_storeu_ps(blockmax + b * 8, _mm256_max_ps(acc, _mm256_setr_ps(edge, none, none, none, none, none, none, none)));
+}
+
+// The sixteen groups of a whole block from j0 (a multiple of kScanBlock,
+// never 0): the greatest score of each lane. max_ps(s, acc) gives acc where s
+// is not a number: such a score is never the greatest. Two maxima, so that
+// the next max need not wait for the one before; each word of prev is loaded
+// once, for its own group and the next.
+[[gnu::always_inline]] inline __m256 wholeBlock(const float* prev, float* next, const float* leave,
+                                                const float* enter, int64_t j0) {
+  __m256 lower = turned(prev, j0 - 8);
+  __m256 acc = _mm256_set1_ps(-INFINITY), acc2 = acc;
+  for (int64_t j = j0; j < j0 + kScanBlock; j += 16) {
+    const __m256 upper = turned(prev, j), upper2 = turned(prev, j + 8);
+    acc = _mm256_max_ps(step8(shifted(upper, lower), next, leave, enter, j), acc);
+    acc2 = _mm256_max_ps(step8(shifted(upper2, upper), next, leave, enter, j + 8), acc2);
+    lower = upper2;
+  }
+  return _mm256_max_ps(acc, acc2);
+}
+
+// The starts lo to hi of block b, where the block is cut at either end (block
+// 0 starts at 1; the last ends at lastshort): the starts outside whole groups
+// one by one.
+void partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave, const float* enter,
+                 float* blockmax, int64_t b) {
+  float edge = -INFINITY;
+  const int64_t firstGroup = (lo + 7) & ~int64_t{7};
+  cells::stepCells(prev, next, lo, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
+  __m256 acc = _mm256_set1_ps(-INFINITY);
+  int64_t j = firstGroup;
+  for (; j + 7 <= hi; j += 8)
+    acc = _mm256_max_ps(step8(shifted(turned(prev, j), turned(prev, j - 8)), next, leave, enter, j), acc);
+  cells::stepCells(prev, next, j, hi, leave, enter, edge);
+  storeBlockMax(blockmax, b, acc, edge);
+}
+
+}  // namespace
+
 void advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
                      const float* enter, float* blockmax) {
-  // blockmax[b * 8 ..] holds the greatest score of each lane of block b; the
-  // starts outside whole groups (1 to 7 at the bottom, the top above the last
-  // group) go into lane 0 of their block.
-  const float none = -INFINITY;
-  float edge = none;
-  int64_t j = lo;
-  const int64_t firstGroup = (lo + 7) & ~int64_t{7};
-  cells::stepCells(prev, next, j, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
-  j = firstGroup;
-  for (int64_t b = lo / kScanBlock; b <= hi / kScanBlock; ++b) {
-    const int64_t blockEnd = (b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi;
-    // max_ps(s, acc) gives acc where s is not a number: such a score is never
-    // the greatest. Two maxima, so that the next max need not wait for the
-    // one before.
-    // Each word of prev is loaded once, for its own group and the next.
-    __m256 acc = _mm256_set1_ps(none), acc2 = acc;
-    if (j + 7 <= blockEnd) {
-      __m256 lower = turned(prev, j - 8);
-      for (; j + 15 <= blockEnd; j += 16) {
-        const __m256 upper = turned(prev, j), upper2 = turned(prev, j + 8);
-        acc = _mm256_max_ps(step8(shifted(upper, lower), next, leave, enter, j), acc);
-        acc2 = _mm256_max_ps(step8(shifted(upper2, upper), next, leave, enter, j + 8), acc2);
-        lower = upper2;
-      }
-      if (j + 7 <= blockEnd) {
-        acc = _mm256_max_ps(step8(shifted(turned(prev, j), lower), next, leave, enter, j), acc);
-        j += 8;
-      }
-    }
-    cells::stepCells(prev, next, j, blockEnd, leave, enter, edge);
-    j = blockEnd + 1;
-    acc = _mm256_max_ps(_mm256_max_ps(acc, acc2), _mm256_setr_ps(edge, none, none, none, none, none, none, none));
-    _mm256_storeu_ps(blockmax + b * 8, acc);
-    edge = none;
+  // Whole blocks take the straight path; a cut block at either end, the
+  // general one.
+  int64_t b = lo / kScanBlock;
+  if (b == 0 || lo != b * kScanBlock) {
+    partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave, enter,
+                blockmax, b);
+    ++b;
   }
+  for (const int64_t whole = (hi + 1) / kScanBlock; b < whole; ++b)
+    storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY);
+  if (b * kScanBlock <= hi) partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b);
 }
 
 float blocksMaxAvx2(const float* blockmax, int64_t blocks) {

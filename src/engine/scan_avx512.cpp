@@ -42,45 +42,69 @@ namespace {
 
 }  // namespace
 
-void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                       const float* enter, float* blockmax) {
-  // blockmax[b * 8 ..] holds the greatest score of each lane modulo 8 of
-  // block b (the two halves of a vector folded); the starts outside whole
-  // groups (1 to 15 at the bottom, the top above the last group) go into
-  // lane 0 of their block.
-  const float none = -INFINITY;
-  float edge = none;
+namespace {
+
+// blockmax[b * 8 ..] holds the greatest score of each lane modulo 8 of block
+// b (the two halves of a vector folded); edge, the greatest of the starts
+// outside whole groups, goes into lane 0.
+[[gnu::always_inline]] inline void storeBlockMax(float* blockmax, int64_t b, __m512 acc, float edge) {
+  __m256 halves = _mm256_max_ps(_mm512_castps512_ps256(acc), _mm512_extractf32x8_ps(acc, 1));
+  halves = _mm256_max_ps(halves, _mm256_setr_ps(edge, -INFINITY, -INFINITY, -INFINITY, -INFINITY, -INFINITY,
+                                                -INFINITY, -INFINITY));
+  _mm256_storeu_ps(blockmax + b * 8, halves);
+}
+
+// The eight groups of a whole block from j0 (a multiple of kScanBlock, never
+// 0): the greatest score of each lane. max_ps(s, acc) gives acc where s is
+// not a number: such a score is never the greatest. Two maxima, so that the
+// next max need not wait for the one before; each word of prev is loaded
+// once, for its own group and the next.
+[[gnu::always_inline]] inline __m512 wholeBlock(const float* prev, float* next, const float* leave,
+                                                const float* enter, int64_t j0) {
+  __m512 lower = _mm512_load_ps(prev + j0 - 16);
+  __m512 acc = _mm512_set1_ps(-INFINITY), acc2 = acc;
+  for (int64_t j = j0; j < j0 + kScanBlock; j += 32) {
+    const __m512 upper = _mm512_load_ps(prev + j), upper2 = _mm512_load_ps(prev + j + 16);
+    acc = _mm512_max_ps(step16(shifted(upper, lower), next, leave, enter, j), acc);
+    acc2 = _mm512_max_ps(step16(shifted(upper2, upper), next, leave, enter, j + 16), acc2);
+    lower = upper2;
+  }
+  return _mm512_max_ps(acc, acc2);
+}
+
+// The starts lo to hi of block b, where the block is cut at either end (block
+// 0 starts at 1; the last ends at lastshort): the starts outside whole groups
+// one by one.
+void partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave, const float* enter,
+                 float* blockmax, int64_t b) {
+  float edge = -INFINITY;
   const int64_t firstGroup = (lo + 15) & ~int64_t{15};
   cells::stepCells(prev, next, lo, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
+  __m512 acc = _mm512_set1_ps(-INFINITY);
   int64_t j = firstGroup;
-  for (int64_t b = lo / kScanBlock; b <= hi / kScanBlock; ++b) {
-    const int64_t blockEnd = (b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi;
-    // max_ps(s, acc) gives acc where s is not a number: such a score is never
-    // the greatest. Two maxima, so that the next max need not wait for the
-    // one before; each word of prev is loaded once, for its own group and
-    // the next.
-    __m512 acc = _mm512_set1_ps(none), acc2 = acc;
-    if (j + 15 <= blockEnd) {
-      __m512 lower = _mm512_load_ps(prev + j - 16);
-      for (; j + 31 <= blockEnd; j += 32) {
-        const __m512 upper = _mm512_load_ps(prev + j), upper2 = _mm512_load_ps(prev + j + 16);
-        acc = _mm512_max_ps(step16(shifted(upper, lower), next, leave, enter, j), acc);
-        acc2 = _mm512_max_ps(step16(shifted(upper2, upper), next, leave, enter, j + 16), acc2);
-        lower = upper2;
-      }
-      if (j + 15 <= blockEnd) {
-        acc = _mm512_max_ps(step16(shifted(_mm512_load_ps(prev + j), lower), next, leave, enter, j), acc);
-        j += 16;
-      }
-    }
-    cells::stepCells(prev, next, j, blockEnd, leave, enter, edge);
-    j = blockEnd + 1;
-    acc = _mm512_max_ps(acc, acc2);
-    __m256 halves = _mm256_max_ps(_mm512_castps512_ps256(acc), _mm512_extractf32x8_ps(acc, 1));
-    halves = _mm256_max_ps(halves, _mm256_setr_ps(edge, none, none, none, none, none, none, none));
-    _mm256_storeu_ps(blockmax + b * 8, halves);
-    edge = none;
+  for (; j + 15 <= hi; j += 16)
+    acc = _mm512_max_ps(step16(shifted(_mm512_load_ps(prev + j), _mm512_load_ps(prev + j - 16)), next, leave,
+                               enter, j),
+                        acc);
+  cells::stepCells(prev, next, j, hi, leave, enter, edge);
+  storeBlockMax(blockmax, b, acc, edge);
+}
+
+}  // namespace
+
+void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                       const float* enter, float* blockmax) {
+  // Whole blocks take the straight path; a cut block at either end, the
+  // general one.
+  int64_t b = lo / kScanBlock;
+  if (b == 0 || lo != b * kScanBlock) {
+    partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave, enter,
+                blockmax, b);
+    ++b;
   }
+  for (const int64_t whole = (hi + 1) / kScanBlock; b < whole; ++b)
+    storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY);
+  if (b * kScanBlock <= hi) partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b);
 }
 
 float blocksMaxAvx512(const float* blockmax, int64_t blocks) {

@@ -21,13 +21,15 @@ constexpr int64_t kRowPad = 16;
 
 }  // namespace
 
-RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, bool keepRows)
-    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)), keepRows_(keepRows) {
+RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep)
+    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)), keep_(keep) {
   const int64_t rowFloats = (std::max<int64_t>(lastshort, 0) + 1 + kRowPad + 15) / 16 * 16;
-  // Kept rows take a row a step; otherwise four rows do: the one before, the
-  // last, and two that the steps between take in turn.
-  steps_ = keepRows ? static_cast<int>(std::clamp<int64_t>(kBatchFloats / rowFloats, 2, kMostSteps)) : kMostStepsBestOnly;
-  const int rows = keepRows ? steps_ + 1 : 4;
+  // Kept rows take a row a step; best only, four rows do: the one before,
+  // the last, and two that the steps between take in turn.
+  steps_ = keep == Keep::kBestOnly
+               ? kMostStepsBestOnly
+               : static_cast<int>(std::clamp<int64_t>(kBatchFloats / rowFloats, 2, kMostSteps));
+  const int rows = keep == Keep::kRows ? steps_ + 1 : 4;
   storage_.assign(static_cast<std::size_t>(rowFloats * rows), 0.0f);
   for (int k = 0; k < rows; ++k) rows_.push_back(storage_.data() + k * rowFloats);
   blockmaxStride_ = static_cast<std::size_t>((blocks_ + 1) * kBlockMaxLanes);
@@ -36,7 +38,7 @@ RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, bool keepRows)
 }
 
 void RowBatch::advance(int n, const float* const* leave, const float* const* enter, const float* start) {
-  if (keepRows_) advanceKeepingRows(n, leave, enter, start, nullptr);
+  if (keep_ == Keep::kRows) advanceKeepingRows(n, leave, enter, start, nullptr);
   else advanceBestOnly(n, leave, enter, start);
 }
 
@@ -75,8 +77,8 @@ void RowBatch::advanceBestOnly(int n, const float* const* leave, const float* co
   after[0] = start[n - 1];
   // Below the first tile, each step's score is its start.
   for (int k = 0; k < n; ++k) halo_[static_cast<std::size_t>(k)] = start[k];
-  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kTile + 1) * kTile) {
-    const int64_t hi = std::min((lo / kTile + 1) * kTile - 1, lastshort_);
+  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kBestOnlyTile + 1) * kBestOnlyTile) {
+    const int64_t hi = std::min((lo / kBestOnlyTile + 1) * kBestOnlyTile - 1, lastshort_);
     for (int k = 0; k < n; ++k) {
       const float* prev = k == 0 ? before : turn[(k - 1) & 1];
       if (k == n - 1) {

@@ -19,14 +19,20 @@ struct CellTable;
 // step recurrence, in the same order.
 class RowBatch {
  public:
-  // Starts tiled together: whole blocks.
+  // Starts tiled together, whole blocks: with kept rows, and without (where
+  // only the columns and four rows' tiles need the level-1 cache, and a
+  // longer tile spends less on each step's call).
   static constexpr int64_t kTile = 4 * kScanBlock;
+  static constexpr int64_t kBestOnlyTile = 8 * kScanBlock;
 
-  // keepRows: every step's row stays readable after the batch (row(k));
-  // without it only the last row and the block maxima do, and the rows
-  // between stay within the tile being computed (the random expectation
-  // needs no more).
-  RowBatch(const ScanKernel& kernel, int64_t lastshort, bool keepRows = true);
+  // What a batch keeps of its steps besides the last row and the block
+  // maxima of each.
+  enum class Keep {
+    kRows,        // every step's whole row
+    kBestOnly,    // no more: the rows between stay within the tile being
+                  // computed (the random expectation needs no more)
+  };
+  RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep = Keep::kRows);
 
   // The most steps a batch takes.
   int steps() const { return steps_; }
@@ -47,7 +53,7 @@ class RowBatch {
   // advance() where only the starts up to upTo[k] of step k are needed
   // later (a part's repeat of the positions before it): tiles of starts
   // wholly above are not computed, and their scores are left as they were.
-  // Rows are kept.
+  // Rows are kept whole (not with kBestOnly).
   void advanceUpTo(int n, const float* const* leave, const float* const* enter, const float* start,
                    const int64_t* upTo);
 
@@ -61,8 +67,8 @@ class RowBatch {
   int64_t lastshort_;
   int64_t blocks_;
   int steps_;
-  bool keepRows_;
-  std::vector<float> halo_;  // without kept rows: each step's score just below the tile
+  Keep keep_;
+  std::vector<float> halo_;  // best only: each step's score just below the tile
   std::size_t blockmaxStride_;
   ScoreRow storage_;
   std::vector<float*> rows_;  // rows_[0] the row before, rows_[k + 1] that of step k

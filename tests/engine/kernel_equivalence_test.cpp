@@ -306,7 +306,8 @@ TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
   CellTable cells(odd.matrice);
   for (int W : {0, 8, 30}) {
     for (int64_t lastshort : {int64_t{1}, int64_t{7}, int64_t{8}, int64_t{127}, int64_t{128}, int64_t{300},
-                              RowBatch::kTile - 1, RowBatch::kTile, RowBatch::kTile + 9, 3 * RowBatch::kTile + 200}) {
+                              RowBatch::kTile - 1, RowBatch::kTile, RowBatch::kTile + 9, RowBatch::kBestOnlyTile + 1,
+                              3 * RowBatch::kTile + 200, 2 * RowBatch::kBestOnlyTile + 130}) {
       const int64_t nshort = lastshort + W;
       std::vector<uint8_t> m1 = shortBases(gen, nshort);
       ScanColumns cols(cells, m1.data(), nshort, W);
@@ -315,7 +316,7 @@ TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
         if (k.isScalar()) continue;
         RowBatch batch(k, lastshort);
         // the same steps keeping only each one's best, as the random expectation does
-        RowBatch bestOnly(k, lastshort, false);
+        RowBatch bestOnly(k, lastshort, RowBatch::Keep::kBestOnly);
         ASSERT_GE(batch.steps(), 2);
         ASSERT_GE(bestOnly.steps(), batch.steps());
         std::copy(first.begin(), first.end(), batch.before());
