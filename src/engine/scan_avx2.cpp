@@ -49,9 +49,12 @@ namespace {
 
 // blockmax[b * 8 ..] holds the greatest score of each lane of block b; edge,
 // the greatest of the starts outside whole groups, goes into lane 0.
-[[gnu::always_inline]] inline void storeBlockMax(float* blockmax, int64_t b, __m256 acc, float edge) {
+// Returns what it stored.
+[[gnu::always_inline]] inline __m256 storeBlockMax(float* blockmax, int64_t b, __m256 acc, float edge) {
   const float none = -INFINITY;
-  _mm256_storeu_ps(blockmax + b * 8, _mm256_max_ps(acc, _mm256_setr_ps(edge, none, none, none, none, none, none, none)));
+  acc = _mm256_max_ps(acc, _mm256_setr_ps(edge, none, none, none, none, none, none, none));
+  _mm256_storeu_ps(blockmax + b * 8, acc);
+  return acc;
 }
 
 // The sixteen groups of a whole block from j0 (a multiple of kScanBlock,
@@ -75,8 +78,8 @@ namespace {
 // The starts lo to hi of block b, where the block is cut at either end (block
 // 0 starts at 1; the last ends at lastshort): the starts outside whole groups
 // one by one.
-void partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave, const float* enter,
-                 float* blockmax, int64_t b) {
+__m256 partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave, const float* enter,
+                   float* blockmax, int64_t b) {
   float edge = -INFINITY;
   const int64_t firstGroup = (lo + 7) & ~int64_t{7};
   cells::stepCells(prev, next, lo, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
@@ -85,24 +88,28 @@ void partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const f
   for (; j + 7 <= hi; j += 8)
     acc = _mm256_max_ps(step8(shifted(turned(prev, j), turned(prev, j - 8)), next, leave, enter, j), acc);
   cells::stepCells(prev, next, j, hi, leave, enter, edge);
-  storeBlockMax(blockmax, b, acc, edge);
+  return storeBlockMax(blockmax, b, acc, edge);
 }
 
 }  // namespace
 
-void advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                     const float* enter, float* blockmax) {
+float advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                      const float* enter, float* blockmax) {
   // Whole blocks take the straight path; a cut block at either end, the
   // general one.
+  __m256 span = _mm256_set1_ps(-INFINITY);
   int64_t b = lo / kScanBlock;
   if (b == 0 || lo != b * kScanBlock) {
-    partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave, enter,
-                blockmax, b);
+    span = partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave,
+                       enter, blockmax, b);
     ++b;
   }
   for (const int64_t whole = (hi + 1) / kScanBlock; b < whole; ++b)
-    storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY);
-  if (b * kScanBlock <= hi) partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b);
+    span = _mm256_max_ps(storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY),
+                         span);
+  if (b * kScanBlock <= hi)
+    span = _mm256_max_ps(partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b), span);
+  return lanesMax(span);
 }
 
 float blocksMaxAvx2(const float* blockmax, int64_t blocks) {

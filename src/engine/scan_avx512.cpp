@@ -47,11 +47,21 @@ namespace {
 // blockmax[b * 8 ..] holds the greatest score of each lane modulo 8 of block
 // b (the two halves of a vector folded); edge, the greatest of the starts
 // outside whole groups, goes into lane 0.
-[[gnu::always_inline]] inline void storeBlockMax(float* blockmax, int64_t b, __m512 acc, float edge) {
+// Returns what it stored.
+[[gnu::always_inline]] inline __m256 storeBlockMax(float* blockmax, int64_t b, __m512 acc, float edge) {
   __m256 halves = _mm256_max_ps(_mm512_castps512_ps256(acc), _mm512_extractf32x8_ps(acc, 1));
   halves = _mm256_max_ps(halves, _mm256_setr_ps(edge, -INFINITY, -INFINITY, -INFINITY, -INFINITY, -INFINITY,
                                                 -INFINITY, -INFINITY));
   _mm256_storeu_ps(blockmax + b * 8, halves);
+  return halves;
+}
+
+// The greatest lane; m holds no not-a-number.
+inline float lanesMax(__m256 m) {
+  __m128 h = _mm_max_ps(_mm256_castps256_ps128(m), _mm256_extractf128_ps(m, 1));
+  h = _mm_max_ps(h, _mm_movehl_ps(h, h));
+  h = _mm_max_ss(h, _mm_shuffle_ps(h, h, 1));
+  return _mm_cvtss_f32(h);
 }
 
 // The eight groups of a whole block from j0 (a multiple of kScanBlock, never
@@ -75,8 +85,8 @@ namespace {
 // The starts lo to hi of block b, where the block is cut at either end (block
 // 0 starts at 1; the last ends at lastshort): the starts outside whole groups
 // one by one.
-void partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave, const float* enter,
-                 float* blockmax, int64_t b) {
+__m256 partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave, const float* enter,
+                   float* blockmax, int64_t b) {
   float edge = -INFINITY;
   const int64_t firstGroup = (lo + 15) & ~int64_t{15};
   cells::stepCells(prev, next, lo, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
@@ -87,24 +97,28 @@ void partOfBlock(const float* prev, float* next, int64_t lo, int64_t hi, const f
                                enter, j),
                         acc);
   cells::stepCells(prev, next, j, hi, leave, enter, edge);
-  storeBlockMax(blockmax, b, acc, edge);
+  return storeBlockMax(blockmax, b, acc, edge);
 }
 
 }  // namespace
 
-void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                       const float* enter, float* blockmax) {
+float advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                        const float* enter, float* blockmax) {
   // Whole blocks take the straight path; a cut block at either end, the
   // general one.
+  __m256 span = _mm256_set1_ps(-INFINITY);
   int64_t b = lo / kScanBlock;
   if (b == 0 || lo != b * kScanBlock) {
-    partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave, enter,
-                blockmax, b);
+    span = partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave,
+                       enter, blockmax, b);
     ++b;
   }
   for (const int64_t whole = (hi + 1) / kScanBlock; b < whole; ++b)
-    storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY);
-  if (b * kScanBlock <= hi) partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b);
+    span = _mm256_max_ps(storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY),
+                         span);
+  if (b * kScanBlock <= hi)
+    span = _mm256_max_ps(partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b), span);
+  return lanesMax(span);
 }
 
 float blocksMaxAvx512(const float* blockmax, int64_t blocks) {

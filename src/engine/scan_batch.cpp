@@ -18,28 +18,44 @@ constexpr int kMostSteps = 16;
 constexpr int kMostStepsBestOnly = 32;
 // Floats after each row: whole 64-byte lines.
 constexpr int64_t kRowPad = 16;
+// A tile's candidate blocks fit one word.
+static_assert(RowBatch::kWideTile / kScanBlock <= 64);
 
 }  // namespace
 
-RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep)
-    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)), keep_(keep) {
+RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep, float threshold)
+    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)), keep_(keep), threshold_(threshold) {
   const int64_t rowFloats = (std::max<int64_t>(lastshort, 0) + 1 + kRowPad + 15) / 16 * 16;
   // Kept rows take a row a step; best only, four rows do: the one before,
-  // the last, and two that the steps between take in turn.
+  // the last, and two that the steps between take in turn. Candidates take
+  // both: a row a step, and two for the steps between.
   steps_ = keep == Keep::kBestOnly
                ? kMostStepsBestOnly
                : static_cast<int>(std::clamp<int64_t>(kBatchFloats / rowFloats, 2, kMostSteps));
-  const int rows = keep == Keep::kRows ? steps_ + 1 : 4;
+  const int rows = keep == Keep::kRows ? steps_ + 1 : keep == Keep::kBestOnly ? 4 : steps_ + 3;
   storage_.assign(static_cast<std::size_t>(rowFloats * rows), 0.0f);
   for (int k = 0; k < rows; ++k) rows_.push_back(storage_.data() + k * rowFloats);
+  if (keep == Keep::kCandidates) {
+    turn_[0] = rows_[static_cast<std::size_t>(steps_) + 1];
+    turn_[1] = rows_[static_cast<std::size_t>(steps_) + 2];
+    rows_.resize(static_cast<std::size_t>(steps_) + 1);
+  } else if (keep == Keep::kBestOnly) {
+    turn_[0] = rows_[2];
+    turn_[1] = rows_[3];
+    rows_.resize(2);
+  }
   blockmaxStride_ = static_cast<std::size_t>((blocks_ + 1) * kBlockMaxLanes);
   blockmax_.assign(blockmaxStride_ * static_cast<std::size_t>(steps_), -INFINITY);
   halo_.assign(static_cast<std::size_t>(steps_), 0.0f);
+  reached_.assign(static_cast<std::size_t>(steps_), 0.0f);
 }
 
 void RowBatch::advance(int n, const float* const* leave, const float* const* enter, const float* start) {
-  if (keep_ == Keep::kRows) advanceKeepingRows(n, leave, enter, start, nullptr);
-  else advanceBestOnly(n, leave, enter, start);
+  switch (keep_) {
+    case Keep::kRows: advanceKeepingRows(n, leave, enter, start, nullptr); break;
+    case Keep::kBestOnly: advanceBestOnly(n, leave, enter, start); break;
+    case Keep::kCandidates: advanceKeepingCandidates(n, leave, enter, start); break;
+  }
 }
 
 void RowBatch::advanceUpTo(int n, const float* const* leave, const float* const* enter, const float* start,
@@ -68,29 +84,84 @@ void RowBatch::advanceKeepingRows(int n, const float* const* leave, const float*
 void RowBatch::advanceBestOnly(int n, const float* const* leave, const float* const* enter,
                                const float* start) {
   // rows_[0] the row before, rows_[1] the last; steps 0 to n - 2 write into
-  // rows_[2] and rows_[3] in turn, a tile at a time.
+  // the turn rows in turn, a tile at a time.
   if (last_ != 0) std::swap(rows_[0], rows_[last_]);
   last_ = 1;
   float* before = rows_[0];
   float* after = rows_[1];
-  float* turn[2] = {rows_[2], rows_[3]};
   after[0] = start[n - 1];
   // Below the first tile, each step's score is its start.
   for (int k = 0; k < n; ++k) halo_[static_cast<std::size_t>(k)] = start[k];
-  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kBestOnlyTile + 1) * kBestOnlyTile) {
-    const int64_t hi = std::min((lo / kBestOnlyTile + 1) * kBestOnlyTile - 1, lastshort_);
+  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kWideTile + 1) * kWideTile) {
+    const int64_t hi = std::min((lo / kWideTile + 1) * kWideTile - 1, lastshort_);
     for (int k = 0; k < n; ++k) {
-      const float* prev = k == 0 ? before : turn[(k - 1) & 1];
+      const float* prev = k == 0 ? before : turn_[(k - 1) & 1];
       if (k == n - 1) {
         kernel_.advanceSpan(prev, after, lo, hi, leave[k], enter[k], blockmaxOf(k));
         break;
       }
       // The tile below left its step k's top score in the halo; a later
       // step of it wrote over that cell, which step k + 1 here reads.
-      float* next = turn[k & 1];
+      float* next = turn_[k & 1];
       next[lo - 1] = halo_[static_cast<std::size_t>(k)];
       kernel_.advanceSpan(prev, next, lo, hi, leave[k], enter[k], blockmaxOf(k));
       halo_[static_cast<std::size_t>(k)] = next[hi];
+    }
+  }
+}
+
+void RowBatch::advanceKeepingCandidates(int n, const float* const* leave, const float* const* enter,
+                                        const float* start) {
+  // The first tile of every step is written into the step's own row, which
+  // gives each step a maxscore to start from. The tiles after it run as
+  // without kept rows, in the turn rows (the last step into its own row);
+  // after each, the blocks that a test may look into are copied out to the
+  // step's row while they are in the level-1 cache: those reaching the lower
+  // of the threshold and the maxscore of the tiles so far. One that does not
+  // never will, as the maxscore only grows. The maxscore is taken as the test
+  // takes it: from 0, then start 0.
+  std::swap(rows_[0], rows_[last_]);
+  last_ = static_cast<std::size_t>(n);
+  const float* before = rows_[0];
+  for (int k = 0; k < n; ++k) {
+    const std::size_t sk = static_cast<std::size_t>(k);
+    rows_[sk + 1][0] = start[k];
+    reached_[sk] = start[k] > 0.0f ? start[k] : 0.0f;
+  }
+  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kWideTile + 1) * kWideTile) {
+    const int64_t hi = std::min((lo / kWideTile + 1) * kWideTile - 1, lastshort_);
+    const int64_t firstBlock = lo / kScanBlock, tileBlocks = hi / kScanBlock - firstBlock + 1;
+    const bool firstTile = lo == 1;
+    for (int k = 0; k < n; ++k) {
+      const std::size_t sk = static_cast<std::size_t>(k);
+      const float* prev = k == 0 ? before : firstTile ? rows_[sk] : turn_[(k - 1) & 1];
+      if (k == n - 1) {
+        kernel_.advanceSpan(prev, rows_[sk + 1], lo, hi, leave[k], enter[k], blockmaxOf(k));
+        break;
+      }
+      float* next = firstTile ? rows_[sk + 1] : turn_[k & 1];
+      // The tile below left its step k's top score in the halo; a later
+      // step of it wrote over that cell, which step k + 1 here reads.
+      if (!firstTile) next[lo - 1] = halo_[sk];
+      const float best = kernel_.advanceSpan(prev, next, lo, hi, leave[k], enter[k], blockmaxOf(k));
+      halo_[sk] = next[hi];
+      float& reached = reached_[sk];
+      if (firstTile) {
+        if (best > reached) reached = best;
+        continue;
+      }
+      // A tile whose best reaches neither the threshold nor the maxscore so
+      // far holds no block that a test looks into, and leaves the maxscore.
+      if (!(best >= (threshold_ < reached ? threshold_ : reached))) continue;
+      if (best > reached) reached = best;
+      uint64_t bits = 0;
+      kernel_.blockCandidates(blockmaxOf(k) + firstBlock * kernel_.blockLanes, tileBlocks,
+                              threshold_ < reached ? threshold_ : reached, &bits);
+      for (; bits != 0; bits &= bits - 1) {
+        const int64_t b = firstBlock + __builtin_ctzll(bits);
+        const int64_t from = scanBlockLo(b), to = scanBlockHi(b, lastshort_);
+        std::copy(next + from, next + to + 1, rows_[sk + 1] + from);
+      }
     }
   }
 }

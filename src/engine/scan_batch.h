@@ -19,11 +19,12 @@ struct CellTable;
 // step recurrence, in the same order.
 class RowBatch {
  public:
-  // Starts tiled together, whole blocks: with kept rows, and without (where
-  // only the columns and four rows' tiles need the level-1 cache, and a
-  // longer tile spends less on each step's call).
+  // Starts tiled together, whole blocks: where every row is kept whole, and
+  // where the steps between run in two rows in turn (best only, candidates),
+  // so that only those rows' tiles and the columns need the level-1 cache and
+  // a wider tile spends less on each step's call.
   static constexpr int64_t kTile = 4 * kScanBlock;
-  static constexpr int64_t kBestOnlyTile = 8 * kScanBlock;
+  static constexpr int64_t kWideTile = 8 * kScanBlock;
 
   // What a batch keeps of its steps besides the last row and the block
   // maxima of each.
@@ -31,8 +32,11 @@ class RowBatch {
     kRows,        // every step's whole row
     kBestOnly,    // no more: the rows between stay within the tile being
                   // computed (the random expectation needs no more)
+    kCandidates,  // of each step's row, the blocks that a test of it looks
+                  // into (see row())
   };
-  RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep = Keep::kRows);
+  // threshold: the listing threshold, for kCandidates.
+  RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep = Keep::kRows, float threshold = 0.0f);
 
   // The most steps a batch takes.
   int steps() const { return steps_; }
@@ -40,7 +44,10 @@ class RowBatch {
   // or, before the first batch, the row to fill.
   float* before() { return rows_[last_]; }
   // The row of step k of the last batch (where rows are kept), and the
-  // greatest scores of its blocks.
+  // greatest scores of its blocks. With kCandidates, the row holds start 0
+  // and every block whose greatest score reaches the lower of the threshold
+  // and the step's maxscore (the greatest of 0, start 0 and best(k)), as the
+  // tests look into no other; its other scores may not be the step's.
   const float* row(int k) const { return rows_[static_cast<std::size_t>(k) + 1]; }
   const float* blockmax(int k) const { return blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_; }
   // The greatest score of the starts 1 to lastshort of step k (-infinity for
@@ -61,6 +68,7 @@ class RowBatch {
   void advanceKeepingRows(int n, const float* const* leave, const float* const* enter, const float* start,
                           const int64_t* upTo);
   void advanceBestOnly(int n, const float* const* leave, const float* const* enter, const float* start);
+  void advanceKeepingCandidates(int n, const float* const* leave, const float* const* enter, const float* start);
   float* blockmaxOf(int k) { return blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_; }
 
   const ScanKernel& kernel_;
@@ -68,7 +76,10 @@ class RowBatch {
   int64_t blocks_;
   int steps_;
   Keep keep_;
-  std::vector<float> halo_;  // best only: each step's score just below the tile
+  float threshold_;
+  std::vector<float> halo_;     // without whole rows: each step's score just below the tile
+  std::vector<float> reached_;  // kCandidates: each step's maxscore over the tiles so far
+  float* turn_[2] = {};         // without whole rows: the rows the steps between take in turn
   std::size_t blockmaxStride_;
   ScoreRow storage_;
   std::vector<float*> rows_;  // rows_[0] the row before, rows_[k + 1] that of step k

@@ -10,15 +10,15 @@ namespace {
 
 std::vector<ScanKernel> buildTable() {
   std::vector<ScanKernel> table;
-  table.push_back({"scalar", 1, nullptr, nullptr, nullptr, nullptr});
-  table.push_back({"generic", 1, advanceSpanGeneric, blocksMaxGeneric, blockCandidatesGeneric, blockMatchGeneric});
+  table.push_back({"scalar", 1, 1, nullptr, nullptr, nullptr, nullptr});
+  table.push_back({"generic", 1, 1, advanceSpanGeneric, blocksMaxGeneric, blockCandidatesGeneric, blockMatchGeneric});
 #if defined(__x86_64__)
-  table.push_back({"sse2", 4, advanceSpanSse2, blocksMaxSse2, blockCandidatesSse2, blockMatchSse2});
+  table.push_back({"sse2", 4, 4, advanceSpanSse2, blocksMaxSse2, blockCandidatesSse2, blockMatchSse2});
   __builtin_cpu_init();
   if (__builtin_cpu_supports("avx2"))
-    table.push_back({"avx2", 8, advanceSpanAvx2, blocksMaxAvx2, blockCandidatesAvx2, blockMatchAvx2});
+    table.push_back({"avx2", 8, 8, advanceSpanAvx2, blocksMaxAvx2, blockCandidatesAvx2, blockMatchAvx2});
   if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
-    table.push_back({"avx512", 16, advanceSpanAvx512, blocksMaxAvx512, blockCandidatesAvx512, blockMatchAvx512});
+    table.push_back({"avx512", 16, 8, advanceSpanAvx512, blocksMaxAvx512, blockCandidatesAvx512, blockMatchAvx512});
 #endif
   return table;
 }

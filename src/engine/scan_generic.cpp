@@ -7,13 +7,16 @@
 
 namespace trelvane {
 
-void advanceSpanGeneric(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                        const float* enter, float* blockmax) {
+float advanceSpanGeneric(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                         const float* enter, float* blockmax) {
+  float best = -INFINITY;
   for (int64_t b = lo / kScanBlock; b <= hi / kScanBlock; ++b) {
     float m = -INFINITY;
     cells::stepCells(prev, next, scanBlockLo(b), scanBlockHi(b, hi), leave, enter, m);
     blockmax[b] = m;
+    best = m > best ? m : best;
   }
+  return best;
 }
 
 float blocksMaxGeneric(const float* blockmax, int64_t blocks) {

@@ -51,11 +51,14 @@ inline int64_t scanBlockHi(int64_t b, int64_t lastshort) {
 // enter[j] is the cell of m1[j + W - 1]. lo is the first start of a block and
 // hi the last start of a block (or lastshort); prev and next are rows that
 // start on a 64-byte boundary. The greatest new score of each block b goes
-// into blockmax[b * kBlockMaxLanes ..], in a form of the kernel's own, for its
-// BlocksMaxFn and BlockCandidatesFn; a not-a-number score is never the
-// greatest, and -infinity means none.
-using AdvanceSpanFn = void (*)(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                               const float* enter, float* blockmax);
+// into blockmax[b * blockLanes ..] (the kernel's blockLanes, at most
+// kBlockMaxLanes), in a form of the kernel's own, for its BlocksMaxFn and
+// BlockCandidatesFn; a not-a-number score is never the greatest, and
+// -infinity means none. Returns the greatest new score of the span, in the
+// same terms (taken in registers, where reading blockmax back would wait on
+// its stores).
+using AdvanceSpanFn = float (*)(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                                const float* enter, float* blockmax);
 // The greatest score that blockmax holds for the blocks 0 to blocks - 1
 // (-infinity for none).
 using BlocksMaxFn = float (*)(const float* blockmax, int64_t blocks);
@@ -74,6 +77,7 @@ using BlockMatchFn = void (*)(const float* row, int64_t lo, int64_t count, float
 struct ScanKernel {
   const char* name;
   int lanes;
+  int blockLanes;  // the floats a block takes in blockmax
   AdvanceSpanFn advanceSpan;
   BlocksMaxFn blocksMax;
   BlockCandidatesFn blockCandidates;
@@ -113,27 +117,27 @@ class ScanColumns {
 };
 
 // The variants' kernels, each file compiled with its own flags.
-void advanceSpanGeneric(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                        const float* enter, float* blockmax);
+float advanceSpanGeneric(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                         const float* enter, float* blockmax);
 float blocksMaxGeneric(const float* blockmax, int64_t blocks);
 void blockCandidatesGeneric(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchGeneric(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                        uint64_t* ties, uint64_t* listed);
 #if defined(__x86_64__)
-void advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                     const float* enter, float* blockmax);
+float advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                      const float* enter, float* blockmax);
 float blocksMaxSse2(const float* blockmax, int64_t blocks);
 void blockCandidatesSse2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchSse2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                     uint64_t* ties, uint64_t* listed);
-void advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                     const float* enter, float* blockmax);
+float advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                      const float* enter, float* blockmax);
 float blocksMaxAvx2(const float* blockmax, int64_t blocks);
 void blockCandidatesAvx2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
                     uint64_t* ties, uint64_t* listed);
-void advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                       const float* enter, float* blockmax);
+float advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                        const float* enter, float* blockmax);
 float blocksMaxAvx512(const float* blockmax, int64_t blocks);
 void blockCandidatesAvx512(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 void blockMatchAvx512(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,

@@ -30,8 +30,8 @@ inline float lanesMax(__m128 m) {
 
 }  // namespace
 
-void advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                     const float* enter, float* blockmax) {
+float advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
+                      const float* enter, float* blockmax) {
   // blockmax[b * 4 ..] holds the greatest score of each lane of block b; the
   // starts outside whole groups go into lane 0 of their block.
   const float none = -INFINITY;
@@ -39,6 +39,7 @@ void advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, con
   const int64_t firstGroup = (lo + 3) & ~int64_t{3};
   cells::stepCells(prev, next, lo, (firstGroup - 1 < hi ? firstGroup - 1 : hi), leave, enter, edge);
   int64_t j = firstGroup;
+  __m128 span = _mm_set1_ps(none);
   for (int64_t b = lo / kScanBlock; b <= hi / kScanBlock; ++b) {
     const int64_t blockEnd = (b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi;
     // max_ps(s, acc) gives acc where s is not a number: such a score is never
@@ -56,8 +57,10 @@ void advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, con
     j = blockEnd + 1;
     acc = _mm_max_ps(_mm_max_ps(acc, acc2), _mm_setr_ps(edge, none, none, none));
     _mm_storeu_ps(blockmax + b * 4, acc);
+    span = _mm_max_ps(acc, span);
     edge = none;
   }
+  return lanesMax(span);
 }
 
 float blocksMaxSse2(const float* blockmax, int64_t blocks) {

@@ -20,7 +20,7 @@ constexpr int64_t kLeastStolen = 1024;
 }  // namespace
 
 PositionTester::PositionTester(const RunContext& c, int64_t last, ScanTail* tail, bool writeTexts)
-    : c_(c), last_(last), tail_(tail), batch_(*c.kernel, c.lastshort),
+    : c_(c), last_(last), tail_(tail), batch_(*c.kernel, c.lastshort, RowBatch::Keep::kCandidates, c.idthreshold),
       candidates_(static_cast<std::size_t>(scanBlockCount(c.lastshort) / 64 + 1)),
       scratch_(static_cast<std::size_t>(c.W) + 2, 0), writeTexts_(writeTexts) {
   const std::size_t steps = static_cast<std::size_t>(batch_.steps());

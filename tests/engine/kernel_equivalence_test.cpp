@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -237,12 +239,23 @@ TEST(KernelEquivalence, SpanStepMatchesReferenceOnEveryLength) {
         if (k.isScalar() || lastshort < 1) continue;
         ScoreRow next(start.size() + 16, 7.0f);
         std::vector<float> blockmax(static_cast<std::size_t>((blocks + 1) * kBlockMaxLanes), 7.0f);
-        // two calls, split where a block begins, as the tiles of a batch do
+        // two calls, split where a block begins, as the tiles of a batch do;
+        // each returns the best of its own blocks
         const int64_t split = blocks > 2 ? 2 * kScanBlock : lastshort + 1;
-        k.advanceSpan(start.data(), next.data(), 1, split - 1, cols.leave(out), cols.enter(in), blockmax.data());
+        const float below =
+            k.advanceSpan(start.data(), next.data(), 1, split - 1, cols.leave(out), cols.enter(in), blockmax.data());
+        float above = -INFINITY;
         if (split <= lastshort)
-          k.advanceSpan(start.data(), next.data(), split, lastshort, cols.leave(out), cols.enter(in),
-                        blockmax.data());
+          above = k.advanceSpan(start.data(), next.data(), split, lastshort, cols.leave(out), cols.enter(in),
+                                blockmax.data());
+        const auto splitBlock = split > lastshort ? blockBest.end() : blockBest.begin() + split / kScanBlock;
+        const auto greatest = [](auto from, auto to) {
+          float m = -INFINITY;
+          for (; from != to; ++from) m = *from > m ? *from : m;
+          return m;
+        };
+        EXPECT_TRUE(sameBits(below, greatest(blockBest.begin(), splitBlock))) << k.name << " W=" << W;
+        EXPECT_TRUE(sameBits(above, greatest(splitBlock, blockBest.end()))) << k.name << " W=" << W;
         for (int64_t j = 1; j <= lastshort; ++j)
           ASSERT_TRUE(sameBits(next[j], expected[j])) << k.name << " W=" << W << " j=" << j;
         EXPECT_EQ(next[0], 7.0f) << k.name;  // start 0 is the caller's
@@ -306,8 +319,8 @@ TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
   CellTable cells(odd.matrice);
   for (int W : {0, 8, 30}) {
     for (int64_t lastshort : {int64_t{1}, int64_t{7}, int64_t{8}, int64_t{127}, int64_t{128}, int64_t{300},
-                              RowBatch::kTile - 1, RowBatch::kTile, RowBatch::kTile + 9, RowBatch::kBestOnlyTile + 1,
-                              3 * RowBatch::kTile + 200, 2 * RowBatch::kBestOnlyTile + 130}) {
+                              RowBatch::kTile - 1, RowBatch::kTile, RowBatch::kTile + 9, RowBatch::kWideTile + 1,
+                              3 * RowBatch::kTile + 200, 2 * RowBatch::kWideTile + 130}) {
       const int64_t nshort = lastshort + W;
       std::vector<uint8_t> m1 = shortBases(gen, nshort);
       ScanColumns cols(cells, m1.data(), nshort, W);
@@ -317,10 +330,16 @@ TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
         RowBatch batch(k, lastshort);
         // the same steps keeping only each one's best, as the random expectation does
         RowBatch bestOnly(k, lastshort, RowBatch::Keep::kBestOnly);
+        // and keeping only the blocks a test looks into, for a listing
+        // threshold from none listed to every score
+        const float threshold = std::array{NAN, INFINITY, 1.5f, 0.0f, -INFINITY}[(lastshort + W) % 5];
+        RowBatch candidates(k, lastshort, RowBatch::Keep::kCandidates, threshold);
         ASSERT_GE(batch.steps(), 2);
         ASSERT_GE(bestOnly.steps(), batch.steps());
+        ASSERT_EQ(candidates.steps(), batch.steps());
         std::copy(first.begin(), first.end(), batch.before());
         std::copy(first.begin(), first.end(), bestOnly.before());
+        std::copy(first.begin(), first.end(), candidates.before());
         ScoreRow expected = first;
         std::mt19937 bases(static_cast<uint32_t>(lastshort * 7 + W));
         // batches of every size from 1 up to the most, and the most twice
@@ -346,12 +365,32 @@ TEST(KernelEquivalence, BatchOfStepsMatchesReferenceSteps) {
           }
           batch.advance(n, leave.data(), enter.data(), starts.data());
           bestOnly.advance(n, leave.data(), enter.data(), starts.data());
+          candidates.advance(n, leave.data(), enter.data(), starts.data());
           for (int q = 0; q < n; ++q) {
             ASSERT_EQ(std::memcmp(batch.row(q), rows[q].data(), rows[q].size() * sizeof(float)), 0)
                 << k.name << " W=" << W << " lastshort=" << lastshort << " batch of " << n << " step " << q;
             EXPECT_TRUE(sameBits(batch.best(q), bests[q])) << k.name << " step " << q;
             EXPECT_TRUE(sameBits(bestOnly.best(q), bests[q])) << k.name << " best only, step " << q;
+            EXPECT_TRUE(sameBits(candidates.best(q), bests[q])) << k.name << " candidates, step " << q;
+            // every block holding a score at the lower of the threshold and
+            // the maxscore is kept whole, with start 0
+            float maxscore = 0.0f;
+            if (bests[q] > maxscore) maxscore = bests[q];
+            if (starts[q] > maxscore) maxscore = starts[q];
+            const float lower = threshold < maxscore ? threshold : maxscore;
+            const float* kept = candidates.row(q);
+            ASSERT_TRUE(sameBits(kept[0], starts[q]));
+            for (int64_t b = 0; b < scanBlockCount(lastshort); ++b) {
+              const int64_t from = scanBlockLo(b), to = scanBlockHi(b, lastshort);
+              if (std::none_of(rows[q].begin() + from, rows[q].begin() + to + 1, [&](float x) { return x >= lower; }))
+                continue;
+              ASSERT_EQ(std::memcmp(kept + from, rows[q].data() + from, (to - from + 1) * sizeof(float)), 0)
+                  << k.name << " candidates, W=" << W << " lastshort=" << lastshort << " batch of " << n << " step "
+                  << q << " block " << b;
+            }
           }
+          ASSERT_EQ(std::memcmp(candidates.before(), expected.data(), expected.size() * sizeof(float)), 0)
+              << k.name << " candidates, W=" << W << " lastshort=" << lastshort << " batch of " << n;
           ASSERT_EQ(std::memcmp(bestOnly.before(), expected.data(), expected.size() * sizeof(float)), 0)
               << k.name << " best only, W=" << W << " lastshort=" << lastshort << " batch of " << n;
         }
