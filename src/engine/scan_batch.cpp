@@ -18,6 +18,10 @@ constexpr int kMostSteps = 16;
 constexpr int kMostStepsBestOnly = 32;
 // Floats after each row: whole 64-byte lines.
 constexpr int64_t kRowPad = 16;
+// With candidates, a batch that copied out more than half of its later
+// tiles' blocks (a listing threshold that most scores reach) is followed by
+// this many batches that keep whole rows, which cost less then.
+constexpr int kWholeRowBatches = 15;
 // A tile's candidate blocks fit one word.
 static_assert(RowBatch::kWideTile / kScanBlock <= 64);
 
@@ -54,7 +58,14 @@ void RowBatch::advance(int n, const float* const* leave, const float* const* ent
   switch (keep_) {
     case Keep::kRows: advanceKeepingRows(n, leave, enter, start, nullptr); break;
     case Keep::kBestOnly: advanceBestOnly(n, leave, enter, start); break;
-    case Keep::kCandidates: advanceKeepingCandidates(n, leave, enter, start); break;
+    case Keep::kCandidates:
+      if (wholeRowBatches_ > 0) {
+        --wholeRowBatches_;
+        advanceKeepingRows(n, leave, enter, start, nullptr);
+      } else {
+        advanceKeepingCandidates(n, leave, enter, start);
+      }
+      break;
   }
 }
 
@@ -128,6 +139,7 @@ void RowBatch::advanceKeepingCandidates(int n, const float* const* leave, const 
     rows_[sk + 1][0] = start[k];
     reached_[sk] = start[k] > 0.0f ? start[k] : 0.0f;
   }
+  int64_t laterBlocks = 0, copied = 0;
   for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kWideTile + 1) * kWideTile) {
     const int64_t hi = std::min((lo / kWideTile + 1) * kWideTile - 1, lastshort_);
     const int64_t firstBlock = lo / kScanBlock, tileBlocks = hi / kScanBlock - firstBlock + 1;
@@ -152,6 +164,7 @@ void RowBatch::advanceKeepingCandidates(int n, const float* const* leave, const 
       }
       // A tile whose best reaches neither the threshold nor the maxscore so
       // far holds no block that a test looks into, and leaves the maxscore.
+      laterBlocks += tileBlocks;
       if (!(best >= (threshold_ < reached ? threshold_ : reached))) continue;
       if (best > reached) reached = best;
       uint64_t bits = 0;
@@ -161,9 +174,11 @@ void RowBatch::advanceKeepingCandidates(int n, const float* const* leave, const 
         const int64_t b = firstBlock + __builtin_ctzll(bits);
         const int64_t from = scanBlockLo(b), to = scanBlockHi(b, lastshort_);
         std::copy(next + from, next + to + 1, rows_[sk + 1] + from);
+        ++copied;
       }
     }
   }
+  if (2 * copied > laterBlocks) wholeRowBatches_ = kWholeRowBatches;
 }
 
 namespace {

@@ -79,6 +79,7 @@ class RowBatch {
   float threshold_;
   std::vector<float> halo_;     // without whole rows: each step's score just below the tile
   std::vector<float> reached_;  // kCandidates: each step's maxscore over the tiles so far
+  int wholeRowBatches_ = 0;     // kCandidates: batches left to keep whole rows
   float* turn_[2] = {};         // without whole rows: the rows the steps between take in turn
   std::size_t blockmaxStride_;
   ScoreRow storage_;
