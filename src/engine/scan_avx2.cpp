@@ -35,18 +35,6 @@ namespace {
   return _mm256_blend_ps(upper, lower, 0x01);
 }
 
-// The greatest lane; acc holds no not-a-number.
-inline float lanesMax(__m256 acc) {
-  __m128 m = _mm_max_ps(_mm256_castps256_ps128(acc), _mm256_extractf128_ps(acc, 1));
-  m = _mm_max_ps(m, _mm_movehl_ps(m, m));
-  m = _mm_max_ss(m, _mm_shuffle_ps(m, m, 1));
-  return _mm_cvtss_f32(m);
-}
-
-}  // namespace
-
-namespace {
-
 // blockmax[b * 8 ..] holds the greatest score of each lane of block b; edge,
 // the greatest of the starts outside whole groups, goes into lane 0.
 // Returns what it stored.
@@ -97,25 +85,19 @@ float advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, co
                       const float* enter, float* blockmax) {
   // Whole blocks take the straight path; a cut block at either end, the
   // general one.
-  __m256 span = _mm256_set1_ps(-INFINITY);
-  int64_t b = lo / kScanBlock;
-  if (b == 0 || lo != b * kScanBlock) {
-    span = partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave,
-                       enter, blockmax, b);
-    ++b;
-  }
-  for (const int64_t whole = (hi + 1) / kScanBlock; b < whole; ++b)
-    span = _mm256_max_ps(storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY),
-                         span);
-  if (b * kScanBlock <= hi)
-    span = _mm256_max_ps(partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b), span);
-  return lanesMax(span);
+  return cells::lanesMax(cells::spanByBlocks(
+      lo, hi, _mm256_set1_ps(-INFINITY),
+      [&](int64_t b) {
+        return storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY);
+      },
+      [&](int64_t from, int64_t to, int64_t b) { return partOfBlock(prev, next, from, to, leave, enter, blockmax, b); },
+      [](__m256 x, __m256 y) { return _mm256_max_ps(x, y); }));
 }
 
 float blocksMaxAvx2(const float* blockmax, int64_t blocks) {
   __m256 best = _mm256_set1_ps(-INFINITY);
   for (int64_t b = 0; b < blocks; ++b) best = _mm256_max_ps(_mm256_loadu_ps(blockmax + b * 8), best);
-  return lanesMax(best);
+  return cells::lanesMax(best);
 }
 
 void blockCandidatesAvx2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits) {

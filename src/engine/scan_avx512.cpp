@@ -40,10 +40,6 @@ namespace {
   return _mm512_castsi512_ps(_mm512_alignr_epi32(_mm512_castps_si512(upper), _mm512_castps_si512(lower), 15));
 }
 
-}  // namespace
-
-namespace {
-
 // blockmax[b * 8 ..] holds the greatest score of each lane modulo 8 of block
 // b (the two halves of a vector folded); edge, the greatest of the starts
 // outside whole groups, goes into lane 0.
@@ -54,14 +50,6 @@ namespace {
                                                 -INFINITY, -INFINITY));
   _mm256_storeu_ps(blockmax + b * 8, halves);
   return halves;
-}
-
-// The greatest lane; m holds no not-a-number.
-inline float lanesMax(__m256 m) {
-  __m128 h = _mm_max_ps(_mm256_castps256_ps128(m), _mm256_extractf128_ps(m, 1));
-  h = _mm_max_ps(h, _mm_movehl_ps(h, h));
-  h = _mm_max_ss(h, _mm_shuffle_ps(h, h, 1));
-  return _mm_cvtss_f32(h);
 }
 
 // The eight groups of a whole block from j0 (a multiple of kScanBlock, never
@@ -106,19 +94,13 @@ float advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, 
                         const float* enter, float* blockmax) {
   // Whole blocks take the straight path; a cut block at either end, the
   // general one.
-  __m256 span = _mm256_set1_ps(-INFINITY);
-  int64_t b = lo / kScanBlock;
-  if (b == 0 || lo != b * kScanBlock) {
-    span = partOfBlock(prev, next, lo, ((b + 1) * kScanBlock - 1 < hi ? (b + 1) * kScanBlock - 1 : hi), leave,
-                       enter, blockmax, b);
-    ++b;
-  }
-  for (const int64_t whole = (hi + 1) / kScanBlock; b < whole; ++b)
-    span = _mm256_max_ps(storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY),
-                         span);
-  if (b * kScanBlock <= hi)
-    span = _mm256_max_ps(partOfBlock(prev, next, b * kScanBlock, hi, leave, enter, blockmax, b), span);
-  return lanesMax(span);
+  return cells::lanesMax(cells::spanByBlocks(
+      lo, hi, _mm256_set1_ps(-INFINITY),
+      [&](int64_t b) {
+        return storeBlockMax(blockmax, b, wholeBlock(prev, next, leave, enter, b * kScanBlock), -INFINITY);
+      },
+      [&](int64_t from, int64_t to, int64_t b) { return partOfBlock(prev, next, from, to, leave, enter, blockmax, b); },
+      [](__m256 x, __m256 y) { return _mm256_max_ps(x, y); }));
 }
 
 float blocksMaxAvx512(const float* blockmax, int64_t blocks) {
