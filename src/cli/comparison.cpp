@@ -255,6 +255,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   const bool drawing = o.svg || o.pdf || o.png || o.dotplot;
   endOfRun(st, form, outcome, host, drawing ? graph : std::function<void()>());
   host.finish();
+  if (!outcome.failure.empty()) return badInput(console, outcome.failure);
   if (outcome.stopped) {
     std::fprintf(console.err, "%s: interrupted: the run was stopped, no output written\n",
                  kProgram);
@@ -275,7 +276,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
     if (outcome.noRows)
       fail("the run gave no rows: no result file was written to " + *o.result);
     else if (!outcome.resultWritten)
-      fail("cannot write the result file " + *o.result);
+      fail("cannot write the result file " + *o.result + ": " + outcome.resultError);
     else if (staging && (*o.result == "-" ? !copyFileToOut(console, staging->path(), &error)
                                           : !staging->renameTo(*o.result, &error)))
       fail(error);

@@ -165,6 +165,20 @@ class H0Worker {
   static constexpr int64_t kReportEvery = 64;
 
   void body() {
+    try {
+      resample();
+    } catch (const std::bad_alloc&) {
+      // The run ends, not the process.
+      c_.fail(outOfMemoryText(c_.s));
+    }
+    publish(std::numeric_limits<int64_t>::max());
+    // Then the end of the scan along the longest sequence, where enough of
+    // it is left.
+    int64_t from, to;
+    if (c_.scanTail && !abort_ && c_.scanTail->steal(from, to, c_.lastshort))
+      testPart(c_, from, to, nullptr, c_.scanTail->queue());
+  }
+  void resample() {
     drawResampled(c_, resampled_);
     scanner_.first();
     for (int64_t r = 1; r <= c_.nresample;) {
@@ -173,15 +187,13 @@ class H0Worker {
       scanner_.compute(r, n);
       while (scanner_.pending() > 0) scanner_.recordNext();
       // told every kReportEvery resamplings, not at every batch
-      if ((r - 1) / kReportEvery != (r + n - 1) / kReportEvery) publish(r + n - 1);
+      if ((r - 1) / kReportEvery != (r + n - 1) / kReportEvery) {
+        c_.h0done.store(r + n - 1, std::memory_order_relaxed);
+        publish(r + n - 1);
+      }
       r += n;
     }
-    publish(std::numeric_limits<int64_t>::max());
-    // Then the end of the scan along the longest sequence, where enough of
-    // it is left.
-    int64_t from, to;
-    if (c_.scanTail && !abort_ && c_.scanTail->steal(from, to, c_.lastshort))
-      testPart(c_, from, to, nullptr, c_.scanTail->queue());
+    c_.h0done.store(std::max<int64_t>(c_.nresample, 0), std::memory_order_relaxed);
   }
   void publish(int64_t r) {
     {
@@ -226,7 +238,9 @@ void h0Scan(RunContext& c) {
     int64_t done = 0;
     for (int64_t r = 1; r <= c.nresample; ++r) {
       if (r - 1 > done) done = c.h0worker->waitFor(r - 1);
-      if (yieldAndTestStop(c, counter, progressstep, wrap32(span + r), total)) break;
+      // The bar has shown the resamplings done beside the scan already.
+      const int64_t shown = std::max<int64_t>(r, c.h0done.load(std::memory_order_relaxed));
+      if (yieldAndTestStop(c, counter, progressstep, wrap32(span + shown), total)) break;
     }
     c.h0worker->join();
     c.h0worker->handOver(c);

@@ -1,7 +1,9 @@
 // report.cpp -- the end of a run: tail rows, statistics, the result block and its destinations.
 #include <cmath>
 #include <filesystem>
-#include <fstream>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 
 #include "engine/profile.h"
 #include "engine/scan.h"
@@ -161,7 +163,11 @@ std::string resultTables(const RunContext& c) {
   return out;
 }
 
-bool writeResultFile(const std::string& path, const std::string& block, std::string_view profile) {
+// The reason of the last failed call, as the system words it.
+std::string systemReason() { return std::strerror(errno); }
+
+// Writes the result file; the reason where it could not be written, else "".
+std::string writeResultFile(const std::string& path, const std::string& block, std::string_view profile) {
   // A regular file is written beside its place and renamed over it, so that
   // a write that fails (a full disk) leaves the file of before; a device or
   // a pipe is written in place.
@@ -169,21 +175,23 @@ bool writeResultFile(const std::string& path, const std::string& block, std::str
   const auto status = std::filesystem::status(path, ec);
   const bool inPlace = std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
   const std::string target = inPlace ? path : path + ".part";
-  {
-    std::ofstream file(target, std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    file.write(block.data(), static_cast<std::streamsize>(block.size()));
-    file.write(profile.data(), static_cast<std::streamsize>(profile.size()));
-    file.close();
-    if (!file) {
-      if (!inPlace) std::filesystem::remove(target, ec);
-      return false;
-    }
+  std::FILE* file = std::fopen(target.c_str(), "wb");
+  if (!file) return systemReason();
+  const bool written = std::fwrite(block.data(), 1, block.size(), file) == block.size() &&
+                       std::fwrite(profile.data(), 1, profile.size(), file) == profile.size() &&
+                       std::fflush(file) == 0;
+  std::string why = written ? "" : systemReason();
+  if (std::fclose(file) != 0 && why.empty()) why = systemReason();
+  if (!why.empty()) {
+    if (!inPlace) std::filesystem::remove(target, ec);
+    return why;
   }
-  if (inPlace) return true;
+  if (inPlace) return "";
   std::filesystem::rename(target, path, ec);
-  if (ec) std::filesystem::remove(target, ec);
-  return !ec;
+  if (!ec) return "";
+  std::string renameWhy = ec.message();
+  std::filesystem::remove(target, ec);
+  return renameWhy;
 }
 
 }  // namespace
@@ -219,8 +227,10 @@ void finishRun(RunContext& c, RunOutcome& out) {
   out.noRows = c.rows.empty();
   // The rows are moved into the clipboard's text, not copied: megabytes.
   if (c.s.CBClipboard && !out.noRows) c.host.setClipboard(c.rows.take(head));
-  if (c.s.CBFile && c.s.resultPath && !out.noRows)
-    out.resultWritten = writeResultFile(*c.s.resultPath, head, c.st.m2.cstringAt(0));
+  if (c.s.CBFile && c.s.resultPath && !out.noRows) {
+    out.resultError = writeResultFile(*c.s.resultPath, head, c.st.m2.cstringAt(0));
+    out.resultWritten = out.resultError.empty();
+  }
 
   // closing lines
   c.report += "Average identity:";

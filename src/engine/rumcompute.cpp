@@ -1,10 +1,12 @@
 // rumcompute.cpp -- one comparison run: set-up, the scans in their order, and the end of the run.
+#include <new>
 #include <thread>
 
 #include "engine/profile.h"
 #include "engine/run.h"
 #include "engine/scan_tester.h"
 #include "engine/scan.h"
+#include "platform/memory.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
 
@@ -28,7 +30,36 @@ int runThreads(const RunSettings& s) {
   return cores > 0 ? static_cast<int>(cores) : 1;
 }
 
+// The remedy of a listing that holds too much, with the threshold of the run.
+std::string remedy(const RunSettings& s) {
+  return "raise the listing's identities threshold (now " + s.EFIdentities +
+         ") or narrow the analysis range";
+}
+
 }  // namespace
+
+void RunContext::fail(const std::string& why) const {
+  {
+    std::lock_guard lock(failMutex);
+    if (failureText.empty()) failureText = why;
+  }
+  st.askclose = true;
+}
+
+std::string RunContext::failure() const {
+  std::lock_guard lock(failMutex);
+  return failureText;
+}
+
+void RunContext::testTextLimit() const {
+  if (s.textLimit == 0 || report.size() + rows.rowpos() <= s.textLimit) return;
+  fail("The listing and rows outgrew " + bytesText(s.textLimit) +
+       ", the most this machine's memory allows: " + remedy(s));
+}
+
+std::string outOfMemoryText(const RunSettings& s) {
+  return "Out of memory: " + remedy(s);
+}
 
 RunSettings RunSettings::fromForm(const Form& form) {
   RunSettings s;
@@ -136,8 +167,17 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
   // the longest sequence, so with a second core it runs beside it.
   c.kernel = findScanKernel(s.kernel);
   if (!c.kernel) c.kernel = findScanKernel("auto");
+  // A stage out of memory fails the run: the parts of the scan and the
+  // random expectation end at the stop that fail sets.
+  auto stage = [&](void (*scan)(RunContext&)) {
+    try {
+      scan(c);
+    } catch (const std::bad_alloc&) {
+      c.fail(outOfMemoryText(s));
+    }
+  };
   if (s.CBCPG) {
-    cpgScan(c);
+    stage(cpgScan);
   } else {
     if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W);
     c.threads = runThreads(s);
@@ -145,16 +185,24 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
       if (!c.kernel->isScalar()) c.scanTail.reset(new ScanTail(c.lastpos));
       startH0(c);
     }
-    substitutionScan(c);
-    h0Scan(c);
+    stage(substitutionScan);
+    stage(h0Scan);
   }
 
   if (st.askclose) {
     out.stopped = true;
+    out.failure = c.failure();
+    out.listingEnd = c.report.size();
     out.report = std::move(c.report);
     return out;
   }
-  finishRun(c, out);
+  out.listingEnd = c.report.size();
+  try {
+    finishRun(c, out);
+  } catch (const std::bad_alloc&) {
+    out.stopped = true;
+    out.failure = outOfMemoryText(s);
+  }
   out.report = std::move(c.report);
   return out;
 }
@@ -175,8 +223,10 @@ void endOfRun(ComparisonState& st, Form& form, const RunOutcome& out, RunHost& h
     st.sumu2up = out.sumu2up;
     if (graph) graph();
   }
-  form.Message = "End...";
-  host.message("End...");
+  // A run that failed says why in place of its last text.
+  const std::string last = out.failure.empty() ? "End..." : out.failure;
+  form.Message = last;
+  host.message(last);
   form.Results = out.report;
   host.beep();
 }

@@ -1,6 +1,7 @@
 // run.h -- rumcompute: one comparison run, and the narrow host it reports through.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -40,6 +41,9 @@ struct RunSettings {
   // The most threads a run may use; 0 for every core. With two or more, the
   // random expectation runs beside the scan along the longest sequence.
   int threads = 0;
+  // The most bytes the run's texts (the report and the rows) may hold; past
+  // it the run stops with a failure that says so. 0 for no bound.
+  uint64_t textLimit = 0;
 
   // The controls of the form, with a seed from the clock; resultPath and
   // progressWidth are the window's to fill in.
@@ -72,6 +76,13 @@ struct RunOutcome {
   std::string refusal;         // why, as shown in Message
   bool noRows = false;         // the run wrote no row: no clipboard text, no file
   bool resultWritten = false;  // the result file was created and written
+  std::string resultError;     // why the result file could not be written
+  // Why the run ended before its end (its texts past settings.textLimit, or
+  // out of memory): the run then ends as a stopped one.
+  std::string failure;
+  // Where the report's listing ends: the result block and the closing
+  // lines follow from here.
+  std::size_t listingEnd = 0;
   std::string report;          // the text for Results
   // The result properties (set on the window only when not stopped).
   int32_t windgraph = 0;
@@ -93,11 +104,14 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host);
 
 // The end of a run, on the main thread. A finished run sets the result
 // properties and EF_MaxX, calls graph (the drawing), then shows "End..." in
-// Message, puts the report into Results and beeps; a stopped run does only
-// the last three. A refused run changes nothing. What Event_Run does after
+// Message (the failure instead where the run failed), puts the report into
+// Results and beeps; a stopped run does only the last three. A refused run changes nothing. What Event_Run does after
 // (caption, panel, running, askclose) is the caller's.
 void endOfRun(ComparisonState& st, Form& form, const RunOutcome& out, RunHost& host,
               const std::function<void()>& graph);
+
+// The failure of a run out of memory, with its remedy.
+std::string outOfMemoryText(const RunSettings& s);
 
 // The text of EF_MaxX for a highest score: with CBFreqIB "1" when it equals
 // W, else the next tenth strictly above maxgraph / W; without, maxgraph.

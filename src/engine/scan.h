@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -113,6 +115,12 @@ struct RunContext {
   // the texts of the best scores written into rows
   ScoreTexts scoreTexts;
 
+  // Why the run ends early (see fail), and the resamplings the random
+  // expectation's thread has done (for the bar): written by any thread.
+  mutable std::mutex failMutex;
+  mutable std::string failureText;
+  mutable std::atomic<int64_t> h0done{0};
+
   // kernels: the variant, the matrix columns of the fast ones, and the
   // random expectation running beside the scan on a thread of its own
   alignas(64) const ScanKernel* kernel = nullptr;
@@ -125,6 +133,12 @@ struct RunContext {
   int threads = 1;  // the threads the run may use
 
   bool stopAsked() const { return st.askclose.load(); }
+  // Ends the run early from any of its threads, as a stop does, and keeps
+  // the first reason given.
+  void fail(const std::string& why) const;
+  std::string failure() const;
+  // Fails the run once its texts pass the bound of the settings.
+  void testTextLimit() const;
 
   // The len bytes of a block from off, for reading: a pointer into the block
   // (or its zero padding), or a copy read through get() when the window lies
@@ -186,6 +200,13 @@ void scoreFirstPosition(RunContext& c);
 // yield, then the bar at units / total of its width when the counter reaches
 // progressstep; true on a stop.
 bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total);
+// The bar's units at position i of the scan along the longest sequence: its
+// positions done, and the resamplings done beside it where the random
+// expectation runs on a thread of its own, so that the bar shows the work of
+// both as it is done.
+inline int32_t scanUnits(const RunContext& c, int64_t i) {
+  return wrap32(i - c.firstpos + c.h0done.load(std::memory_order_relaxed));
+}
 
 // The stages of rumcompute, in their order.
 void appendSequenceText(std::string& report, std::string_view title, const MemoryBlock& m, int32_t n);

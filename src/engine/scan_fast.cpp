@@ -86,7 +86,7 @@ void substitutionScanColumns(RunContext& c) {
     PositionTester tester(c, firstPartLast, parts.empty() ? tail : nullptr, false);
     std::copy(c.scorerow.begin(), c.scorerow.begin() + std::max<int64_t>(c.lastshort, 0) + 1, tester.before());
     for (; tester.ready(i); ++i) {
-      if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) {
+      if (yieldAndTestStop(c, counter, progressstep, scanUnits(c, i), total)) {
         giveUp();
         flush();
         return;
@@ -113,7 +113,7 @@ void substitutionScanColumns(RunContext& c) {
         taken = 0;
         if (!queues[q]->take(found)) break;
       }
-      if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) {
+      if (yieldAndTestStop(c, counter, progressstep, scanUnits(c, i), total)) {
         giveUp();
         found.truncate(taken);
         flush();

@@ -159,6 +159,7 @@ bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int
     c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
     counter = 0;
   }
+  c.testTextLimit();
   return c.stopAsked();
 }
 
@@ -253,7 +254,7 @@ void substitutionScan(RunContext& c) {
   const int32_t progressstep = toInt(span / 100.0);
   int32_t counter = 0;
   for (i = c.firstpos + 1; i <= c.lastpos; ++i) {
-    if (yieldAndTestStop(c, counter, progressstep, wrap32(i - c.firstpos), total)) break;
+    if (yieldAndTestStop(c, counter, progressstep, scanUnits(c, i), total)) break;
 
     c.tielist.clear();
     win = c.window(m0, i, W + 1);

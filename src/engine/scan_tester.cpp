@@ -201,18 +201,23 @@ void PartQueue::giveUp() {
 }
 
 void testPart(const RunContext& c, int64_t from, int64_t to, ScanTail* tail, PartQueue& queue) {
-  PositionTester tester(c, to, tail, true);
-  // A diagonal tested at position from or later started at j = 0 no more
-  // than lastshort positions before: from there on the row holds what the
-  // whole scan has, whatever it held before (zeros).
-  tester.warmUp(from - c.lastshort, from - 1);
-  Found f;
-  for (int64_t i = from; tester.ready(i); ++i) {
-    if (f.positions.empty() && queue.givenUp()) break;
-    tester.test(i, f);
-    if (f.full()) queue.publish(f);
+  try {
+    PositionTester tester(c, to, tail, true);
+    // A diagonal tested at position from or later started at j = 0 no more
+    // than lastshort positions before: from there on the row holds what the
+    // whole scan has, whatever it held before (zeros).
+    tester.warmUp(from - c.lastshort, from - 1);
+    Found f;
+    for (int64_t i = from; tester.ready(i); ++i) {
+      if (f.positions.empty() && queue.givenUp()) break;
+      tester.test(i, f);
+      if (f.full()) queue.publish(f);
+    }
+    if (!f.positions.empty()) queue.publish(f);
+  } catch (const std::bad_alloc&) {
+    // The run ends, not the process: the scan stops at its next position.
+    c.fail(outOfMemoryText(c.s));
   }
-  if (!f.positions.empty()) queue.publish(f);
   queue.end();
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "input/content_census.h"
 #include "platform/linereader.h"
 #include "platform/numtext.h"
 
@@ -132,11 +133,13 @@ void readSequence(ComparisonState& st, Form& form, int side, const SequenceSourc
   // later; the fill then starts that many bytes further back (kept as is).
   if (reverse) setN(cara, "N");
 
-  // first pass: the size of the block
+  // first pass: the size of the block, and what the file looks like
   int64_t total = 0;
+  ContentCensus census;
   do {
     const std::string line = in.readLine();
     total += reverse ? formattedLength(cara, line) : static_cast<int64_t>(line.size());
+    census.add(line);
   } while (!in.eof() && total <= maxTotal);
   in.close();
   if (total > maxTotal) {
@@ -231,8 +234,9 @@ void readSequence(ComparisonState& st, Form& form, int side, const SequenceSourc
                              : "short sequence longer than long sequence !";
     st.f[side].reset();
   } else {
+    // A file that is no DNA still reads by the rules, but never unannounced.
     form.Message = (side == 0 ? "Long sequence read " : "Short sequence read ") + Str(n32) +
-                   " bases";
+                   " bases" + census.remark();
   }
 }
 

@@ -1,9 +1,14 @@
 // anchors.cpp -- placing controls by their locks for the window's present size.
 #include "shell/anchors.h"
 
+#include <QCheckBox>
 #include <QEvent>
+#include <QLabel>
+#include <QRadioButton>
 
 #include <algorithm>
+
+#include "shell/widgets.h"
 
 namespace trelvane::shell {
 
@@ -39,6 +44,16 @@ void Anchors::placeOne(const Entry& e, QSize now) {
   QRect r = anchored(e.design, e.locks, design_, now);
   QWidget* parent = e.widget->parentWidget();
   if (parent && parent != root_) r.translate(-parent->mapTo(root_, QPoint(0, 0)));
+  // The sizes were made for another font: a check box, a radio button or a
+  // one-line label whose text is wider takes the room it needs, as far as
+  // its parent allows, rather than cut its text.
+  const auto* label = qobject_cast<const QLabel*>(e.widget);
+  if ((qobject_cast<const QCheckBox*>(e.widget) || qobject_cast<const QRadioButton*>(e.widget) ||
+       (label && !label->wordWrap() && !dynamic_cast<const ElidedLabel*>(label))) &&
+      parent) {
+    const int need = e.widget->sizeHint().width();
+    if (need > r.width()) r.setWidth(std::max(r.width(), std::min(need, parent->width() - r.left())));
+  }
   if (e.widget->geometry() != r) e.widget->setGeometry(r);
 }
 

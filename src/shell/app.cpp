@@ -28,12 +28,22 @@ App* theApp = nullptr;
 }
 
 const FileType& pTextPlain() {
-  static const FileType type{"text/plain", ".txt", "TEXT", "????"};
+  // Plain text, and the names that DNA files carry.
+  static const FileType type{"text/plain", ".txt;.fa;.fasta;.fna;.fas;.seq", "TEXT", "????"};
   return type;
 }
 
+QStringList fileTypeExtensions() {
+  QStringList out;
+  for (const QString& e : QString::fromStdString(pTextPlain().Extensions).split(u';', Qt::SkipEmptyParts))
+    out << e;
+  return out;
+}
+
 QString openFilter() {
-  return QStringLiteral("Text files (*%1);;All files (*)").arg(QString::fromStdString(pTextPlain().Extensions));
+  QStringList patterns;
+  for (const QString& e : fileTypeExtensions()) patterns << u'*' + e;
+  return QStringLiteral("Sequence and text files (%1);;All files (*)").arg(patterns.join(u' '));
 }
 
 std::string versionText(int major, int minor, int bug, const std::string& packageInfo) {

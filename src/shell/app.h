@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <string>
@@ -21,7 +22,9 @@ struct FileType {
   std::string MacCreator;
 };
 const FileType& pTextPlain();
-// The dialogs' filter: plain text files first, then all files, so that a
+// Its extensions, ".txt" and those of DNA files, each with its dot.
+QStringList fileTypeExtensions();
+// The dialogs' filter: the table's files first, then all files, so that a
 // sequence file of any name can be chosen.
 QString openFilter();
 

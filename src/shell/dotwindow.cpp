@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QStyle>
 
 #include "plots/dotplot.h"
 #include "plots/picture_qt.h"
@@ -38,7 +39,18 @@ DotWindow::DotWindow(Window1* origine)
   page->setFixedSize(size.width, size.height);
   area->setWidget(page);
   QSize shown(size.width, size.height);
-  if (QScreen* screen = QGuiApplication::primaryScreen()) shown = shown.boundedTo(screen->availableGeometry().size());
+  if (QScreen* screen = QGuiApplication::primaryScreen()) {
+    // A scroll bar takes room from the other side: that side grows by its
+    // width, where the screen allows, so that the axis labels along the
+    // bottom and the right are never under a bar.
+    const QSize screenSize = screen->availableGeometry().size();
+    const int bar = area->style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, area);
+    bool wide = shown.width() > screenSize.width(), tall = shown.height() > screenSize.height();
+    // a bar on one side narrows the other, which may then need its own
+    if (wide && !tall) tall = shown.height() + bar > screenSize.height();
+    if (tall && !wide) wide = shown.width() + bar > screenSize.width();
+    shown = (shown + QSize(tall ? bar : 0, wide ? bar : 0)).boundedTo(screenSize);
+  }
   setFixedSize(shown);
   area->setGeometry(0, 0, shown.width(), shown.height());
 

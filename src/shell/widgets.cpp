@@ -3,6 +3,7 @@
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QResizeEvent>
 #include <QFileInfo>
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -10,6 +11,10 @@
 #include <QMimeDatabase>
 #include <QPainter>
 #include <QUrl>
+
+#include <algorithm>
+
+#include "shell/app.h"
 
 namespace trelvane::shell {
 
@@ -36,8 +41,47 @@ QValidator::State FieldValidator::validate(QString& input, int& /*pos*/) const {
 
 // drop boxes
 
-DropBox::DropBox(const QString& title, QWidget* parent) : QGroupBox(title, parent) {
+QString elided(const QWidget* w, const QString& text, int width) {
+  return w->fontMetrics().elidedText(text, Qt::ElideRight, std::max(0, width));
+}
+
+ElidedLabel::ElidedLabel(const QString& text, QWidget* parent) : QLabel(parent) { setFullText(text); }
+
+void ElidedLabel::setFullText(const QString& text) {
+  full_ = text;
+  fit();
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent* event) {
+  QLabel::resizeEvent(event);
+  fit();
+}
+
+void ElidedLabel::fit() {
+  const QString shown = elided(this, full_, contentsRect().width());
+  if (text() != shown) setText(shown);
+  setToolTip(shown == full_ ? QString() : full_);
+}
+
+DropBox::DropBox(const QString& title, QWidget* parent) : QGroupBox(title, parent), full_(title) {
   setAcceptDrops(true);
+}
+
+void DropBox::setFullTitle(const QString& title) {
+  full_ = title;
+  fit();
+}
+
+void DropBox::resizeEvent(QResizeEvent* event) {
+  QGroupBox::resizeEvent(event);
+  fit();
+}
+
+void DropBox::fit() {
+  // The title stands over the frame with a margin on either side.
+  const QString shown = elided(this, full_, width() - 24);
+  if (title() != shown) setTitle(shown);
+  setToolTip(shown == full_ ? QString() : full_);
 }
 
 std::optional<QString> DropBox::droppedFile(const QMimeData* mime) {
@@ -47,8 +91,12 @@ std::optional<QString> DropBox::droppedFile(const QMimeData* mime) {
   const QString path = first.toLocalFile();
   const QFileInfo info(path);
   if (!info.isFile()) return std::nullopt;
-  // The group boxes take plain text only: a sequence file of any name, a
-  // result file (a text head, then bytes), an empty file.
+  // The group boxes take the file type table's files: a name of the table
+  // (a sequence or result file, whatever its bytes), or any plain text, an
+  // empty file.
+  const QString name = info.fileName();
+  for (const QString& e : fileTypeExtensions())
+    if (name.endsWith(e, Qt::CaseInsensitive)) return path;
   const QMimeType type = QMimeDatabase().mimeTypeForFile(info);
   if (info.size() == 0 || type.inherits(QStringLiteral("text/plain"))) return path;
   return std::nullopt;

@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QGroupBox>
+#include <QLabel>
 #include <QRect>
 #include <QString>
 #include <QValidator>
@@ -36,6 +37,26 @@ class FieldValidator : public QValidator {
   int limit_;   // 0: no limit
 };
 
+// A text shown whole where it fits, else cut at its right end with "...":
+// the whole text is then the widget's tooltip.
+QString elided(const QWidget* w, const QString& text, int width);
+
+// A one-line label whose text never runs past it (Message): elided, whole in
+// its tooltip, again at each resize.
+class ElidedLabel : public QLabel {
+ public:
+  ElidedLabel(const QString& text, QWidget* parent);
+  void setFullText(const QString& text);
+  const QString& fullText() const { return full_; }
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  void fit();
+  QString full_;
+};
+
 // A group box that takes a dropped file. Only the first item of a drag
 // counts, and only a file of plain text; anything else is not accepted.
 class DropBox : public QGroupBox {
@@ -46,10 +67,19 @@ class DropBox : public QGroupBox {
   // The path of the drag's first item when it is a local plain-text file.
   static std::optional<QString> droppedFile(const QMimeData* mime);
 
+  // The caption, elided to the box's width (a title line can be long).
+  void setFullTitle(const QString& title);
+  const QString& fullTitle() const { return full_; }
+
  protected:
+  void resizeEvent(QResizeEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dragMoveEvent(QDragMoveEvent* event) override;
   void dropEvent(QDropEvent* event) override;
+
+ private:
+  void fit();
+  QString full_;
 };
 
 // A canvas that paints what its owner draws (Canvas1, Canvas2).

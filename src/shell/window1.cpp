@@ -14,6 +14,7 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QPainter>
 #include <QPlainTextEdit>
@@ -23,9 +24,11 @@
 #include <QTabWidget>
 #include <QTimer>
 
+#include "engine/listing_estimate.h"
 #include "engine/run.h"
 #include "model/entry.h"
 #include "model/estimation.h"
+#include "platform/memory.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
 #include "plots/graph.h"
@@ -34,6 +37,7 @@
 #include "shell/anchors.h"
 #include "shell/app.h"
 #include "shell/dotwindow.h"
+#include "shell/report_view.h"
 #include "shell/runhost.h"
 #include "shell/widgets.h"
 
@@ -71,6 +75,12 @@ Window1::Window1(QWidget* parent) : QMainWindow(parent), st_(std::make_shared<Co
   anchors_ = new Anchors(content_, QSize(kDesignWidth, kDesignHeight));
   build();
   buildMenuBar1(menuBar(), this);
+  // The window itself, menu bar included, keeps the limits of its area:
+  // without them a maximised window grows past what EFwidth and EFHeight
+  // can say.
+  const QSize menu(0, menuBar()->sizeHint().height());
+  setMinimumSize(content_->minimumSize() + menu);
+  setMaximumSize(content_->maximumSize() + menu);
   bindAll();
 
   // There is no live resize: the end of the user's drag is taken to be a
@@ -111,9 +121,15 @@ void Window1::bindText(QLineEdit* e, std::string Form::*f, Handler onChange) {
       e->setText(text);
     }
   });
-  connect(e, &QLineEdit::textEdited, this, [this, f, onChange](const QString& text) {
+  // Every change that is not the form's own (whose setText is blocked):
+  // typing, and a value set by an assistive technology. Such a value comes
+  // without the focus, so the field's leaving handler follows at once, as
+  // if the user had typed it and moved on.
+  connect(e, &QLineEdit::textChanged, this, [this, e, f, onChange](const QString& text) {
     form_.*f = fromQ(text);
     edited(onChange);
+    if (!e->hasFocus())
+      if (auto leave = leaveHandlers_.find(e); leave != leaveHandlers_.end()) edited(leave->second);
   });
 }
 
@@ -142,7 +158,9 @@ void Window1::bindCheck(QAbstractButton* b, bool Form::*f, Handler onAction) {
     }
   });
   checkPullers_.push_back([this, b, f] { form_.*f = b->isChecked(); });
-  connect(b, &QAbstractButton::clicked, this, [this, onAction] {
+  // toggled, not clicked: a toggle through the accessibility interface is
+  // no click, and must act as one.
+  connect(b, &QAbstractButton::toggled, this, [this, onAction] {
     pullChecks();
     edited(onAction);
   });
@@ -156,10 +174,10 @@ void Window1::bindRadio(QAbstractButton* b, bool Form::*f, Handler onAction) {
     }
   });
   checkPullers_.push_back([this, b, f] { form_.*f = b->isChecked(); });
-  // A click on the button already on is no action: the unit would be
-  // converted twice.
-  connect(b, &QAbstractButton::clicked, this, [this, f, onAction] {
-    if (form_.*f) return;
+  // A click on the button already on is no action (the unit would be
+  // converted twice); the partner turned off is none either.
+  connect(b, &QAbstractButton::toggled, this, [this, f, onAction](bool on) {
+    if (!on || form_.*f) return;
     pullChecks();
     edited(onAction);
   });
@@ -189,6 +207,7 @@ void Window1::pullChecks() {
 }
 
 void Window1::lostFocus(QLineEdit* e, Handler onLeave) {
+  leaveHandlers_[e] = onLeave;
   auto* hook = new EventHook(e);
   hook->lostFocus = [this, onLeave] { edited(onLeave); };
   const char* partner = returnKeyPartner(e->objectName().toLatin1().constData());
@@ -244,10 +263,12 @@ void Window1::bindAll() {
   bindCheck(box("Comp1"), &Form::Comp1);
   bindCheck(box("Reverse1"), &Form::Reverse1);
   bindCheck(box("CBRemoveN1"), &Form::CBRemoveN1);
-  bindLabel(Message, &Form::Message);
   pushers_.push_back([this] {
-    if (GBLong->title() != toQ(form_.GBLongCaption)) GBLong->setTitle(toQ(form_.GBLongCaption));
-    if (GBShort->title() != toQ(form_.GBShortCaption)) GBShort->setTitle(toQ(form_.GBShortCaption));
+    if (Message->fullText() != toQ(form_.Message)) Message->setFullText(toQ(form_.Message));
+  });
+  pushers_.push_back([this] {
+    if (GBLong->fullTitle() != toQ(form_.GBLongCaption)) GBLong->setFullTitle(toQ(form_.GBLongCaption));
+    if (GBShort->fullTitle() != toQ(form_.GBShortCaption)) GBShort->setFullTitle(toQ(form_.GBShortCaption));
     if (PBRUN->text() != toQ(form_.PBRUNCaption)) PBRUN->setText(toQ(form_.PBRUNCaption));
     if (ProgressBar1->maximum() != form_.ProgressBar1Maximum) ProgressBar1->setMaximum(form_.ProgressBar1Maximum);
     if (ProgressBar1->value() != form_.ProgressBar1Value) ProgressBar1->setValue(form_.ProgressBar1Value);
@@ -271,6 +292,7 @@ void Window1::bindAll() {
     syncCanvasSize();
     edited([this, &st] {
       TabPanel1_Change(st, form_);
+      dropStalePicture();
       Canvas1->update();
     });
   });
@@ -373,7 +395,17 @@ void Window1::syncCanvasSize() {
 void Window1::graph() {
   syncCanvasSize();
   Graph(*st_, form_);
+  dropStalePicture();
   Canvas1->update();
+}
+
+void Window1::dropStalePicture() {
+  // Graph draws nothing without bases or a window size, and would leave an
+  // earlier run's curve standing as if it were this one's.
+  if (!st_->pct || (st_->nbbases != 0 && st_->windgraph != 0)) return;
+  st_->pct = std::make_shared<plots::Picture>(std::max(1, form_.Canvas1Width), std::max(1, form_.Canvas1Height));
+  form_.ST_messGraph = st_->nbbases == 0 ? "No profile to draw: the longest sequence is empty"
+                                         : "No profile to draw: the window size of the run is 0";
 }
 
 void Window1::paintCanvas(QPainter& painter) {
@@ -443,7 +475,31 @@ void Window1::PBRUN_Action() {
   startRun();
 }
 
+bool Window1::listingWarningAccepted() {
+  if (form_.CBCPG) return true;
+  const RunSettings settings = RunSettings::fromForm(form_);
+  const ListingEstimate e = estimateListing(*st_, settings);
+  const double limit = static_cast<double>(runTextLimit());
+  if (!e.mostPairs() && e.bytes < limit / 2) return true;
+  std::string text = "With a window of " + Str(e.W) + " bases a random pair of windows scores about " +
+                     Format(e.randomScore, "0.#") + ", and the listing takes every pair that scores " +
+                     form_.EFIdentities + " or more: it would hold about " + Format(100.0 * e.share, "0.#") +
+                     " % of the " + Str(e.pairs) + " window pairs, about " +
+                     bytesText(static_cast<uint64_t>(e.bytes)) + " of alignments";
+  if (e.bytes >= limit) text += ", more than this machine's memory allows (" + bytesText(static_cast<uint64_t>(limit)) + ")";
+  text += ". Raise \"Display alignements with more than\" on the Pref tab, or narrow the analysis range.";
+  if (confirmRun) return confirmRun(text);
+  QMessageBox box(QMessageBox::Warning, QStringLiteral("Trelvane comparison"), toQ(text), QMessageBox::NoButton, this);
+  box.setObjectName(QStringLiteral("ListingWarning"));
+  QPushButton* run = box.addButton(QStringLiteral("Run anyway"), QMessageBox::AcceptRole);
+  box.addButton(QMessageBox::Cancel);
+  box.setDefaultButton(QMessageBox::Cancel);
+  box.exec();
+  return box.clickedButton() == run;
+}
+
 void Window1::startRun() {
+  if (!listingWarningAccepted()) return;
   form_.TabPanel1Enabled = false;
   form_.PBRUNEnabled = true;
   form_.PBRUNCaption = "Stop";
@@ -455,13 +511,27 @@ void Window1::startRun() {
   // Everything the run reads is taken here, on the main thread.
   RunSettings settings = RunSettings::fromForm(form_);
   if (form_.CBFile) settings.resultPath = askSaveFile();
+  settingsResultPath_ = settings.resultPath;
+  runWasCpg_ = settings.CBCPG;
   settings.seed = runSeed ? runSeed() : Rnd::clockSeed();
   settings.progressWidth = ProgressBar1->width();
+  settings.textLimit = textLimit ? textLimit : runTextLimit();
 
   auto host = std::make_shared<QtRunHost>(this, workerYield);
   runthreads::start([st = st_, settings, host] {
-    RunOutcome outcome = rumcompute(*st, settings, *host);
-    host->post([outcome, host](Window1& w) { w.runEnded(outcome); });
+    RunOutcome outcome;
+    try {
+      outcome = rumcompute(*st, settings, *host);
+    } catch (const std::bad_alloc&) {
+      // its set-up out of memory: the run ends, not the program
+      outcome = RunOutcome{};
+      outcome.stopped = true;
+      outcome.failure = outOfMemoryText(settings);
+    }
+    // What Results shows is cut here, off the main thread.
+    outcome.report = reportShown(std::move(outcome.report), outcome.listingEnd, kResultsShown);
+    auto shared = std::make_shared<RunOutcome>(std::move(outcome));
+    host->post([shared, host](Window1& w) { w.runEnded(*shared); });
   });
 }
 
@@ -488,6 +558,15 @@ void Window1::runSetEFAnaTo(const std::string& text) {
 void Window1::runEnded(const RunOutcome& outcome) {
   QtRunHost host(this, {});
   endOfRun(*st_, form_, outcome, host, [this] { graph(); });
+  if (!outcome.failure.empty()) appendResultsLine(outcome.failure);
+  if (!outcome.resultError.empty() && settingsResultPath_) {
+    // The report still says "Result is saved": the check box was on.
+    const std::string why = "The result file " + *settingsResultPath_ + " was not written: " + outcome.resultError;
+    form_.Message = why;
+    appendResultsLine(why);
+  }
+  // A finished scan leaves the bar full; CpG fills its hundred pixels only.
+  if (!outcome.stopped && !outcome.refused && !runWasCpg_) form_.ProgressBar1Value = form_.ProgressBar1Maximum;
   // Event_Run: the caption, the panel, the run state
   form_.PBRUNCaption = "Run";
   form_.TabPanel1Enabled = true;
@@ -495,6 +574,11 @@ void Window1::runEnded(const RunOutcome& outcome) {
   repaintNow(TabPanel1);
   st_->askclose = false;
   st_->running = false;
+}
+
+void Window1::appendResultsLine(const std::string& line) {
+  form_.Results += line;
+  form_.Results += '\n';
 }
 
 // Graphic tab

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,7 @@ namespace trelvane::shell {
 
 class Anchors;
 class DropBox;
+class ElidedLabel;
 class EventHook;
 class PictureCanvas;
 
@@ -64,6 +66,11 @@ class Window1 : public QMainWindow {
   std::function<void()> workerYield;
   // Each text that a run shows in Message, as it is shown.
   std::function<void(const std::string&)> messageShown;
+  // The question before a run whose listing would hold most window pairs,
+  // or more than memory allows: true runs it (a message box when not set).
+  std::function<bool(const std::string& warning)> confirmRun;
+  // The bound of a run's texts; 0 takes runTextLimit().
+  uint64_t textLimit = 0;
 
   // handlers of the File tab
   void PBRUN_Action();
@@ -128,6 +135,9 @@ class Window1 : public QMainWindow {
 
   // Graph for the present canvas size, then the canvas repainted.
   void graph();
+  // An empty picture and a note in place of one that no longer belongs to
+  // the state (no bases, or a window size of 0).
+  void dropStalePicture();
   // A handler of the Graphic and Pref tabs, which may call Graph.
   void graphHandler(void (*handler)(ComparisonState&, Form&));
   // EFwidth and EFHeight: the handler, then the window takes the size.
@@ -138,7 +148,10 @@ class Window1 : public QMainWindow {
   void openRoute(Route route, const std::optional<std::string>& path);
   std::optional<std::string> askOpenFile();
   std::optional<std::string> askSaveFile();
+  // The warning on a listing too large, answered; true where none is due.
+  bool listingWarningAccepted();
   void startRun();
+  void appendResultsLine(const std::string& line);
   void PBDot_Action();
   void repaintNow(QWidget* w);
 
@@ -149,14 +162,19 @@ class Window1 : public QMainWindow {
   QTimer* resizeTimer_ = nullptr;
   std::vector<std::function<void()>> pushers_;
   std::vector<std::function<void()>> checkPullers_;
+  // The leaving handler of each field that has one.
+  std::map<QLineEdit*, Handler> leaveHandlers_;
   bool refreshing_ = false;
+  // what the run going on was started with
+  std::optional<std::string> settingsResultPath_;
+  bool runWasCpg_ = false;
 
  public:
   // The controls the window's logic reaches directly.
   QTabWidget* TabPanel1 = nullptr;
   QPushButton* PBRUN = nullptr;
   QProgressBar* ProgressBar1 = nullptr;
-  QLabel* Message = nullptr;
+  ElidedLabel* Message = nullptr;
   DropBox* GBLong = nullptr;
   DropBox* GBShort = nullptr;
   QLineEdit* EditField0 = nullptr;

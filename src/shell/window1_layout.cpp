@@ -118,7 +118,7 @@ void Window1::buildFileTab(QWidget* p) {
   auto* box1 = add(new QGroupBox(QStringLiteral("Ouput"), p), "GroupBox1", 165, 341, 215, 46, 0);
   check(box1, "CBFile", "To file", 173, 364, 80, 20, 0);
   check(box1, "CBClipboard", "To clipboard", 262, 364, 111, 20, 0);
-  Message = label(p, "Message", "Message", 22, 386, 262, 20, L | R | B);
+  Message = add(new ElidedLabel(QStringLiteral("Message"), p), "Message", 22, 386, 262, 20, L | R | B);
 
   GBLong = add(new DropBox(QStringLiteral("Longest sequence"), p), "GBLong", 16, 61, 364, 132, L | T | R);
   add(new QPushButton(QStringLiteral("Filename"), GBLong), "BevelButton0", 28, 84, 60, 22, L);

@@ -124,8 +124,9 @@ TEST(RunControl, FinishedRunShowsEveryStageAndEndsOnTheMainThread) {
 }
 
 TEST(RunControl, ProgressSharesOneBarBetweenBothScans) {
-  Sixty r;  // nresample 50, as many as the scan's 50 steps
-  const testing::RecordingHost& host = r.run({.EFWS = "10", .EFSD = "51", .progressWidth = 200}).host;
+  Sixty r;  // nresample 50, as many as the scan's 50 steps; one thread, one scan after the other
+  const testing::RecordingHost& host =
+      r.run({.EFWS = "10", .EFSD = "51", .progressWidth = 200, .threads = 1}).host;
   // Step 0 below 100 positions: one update a position, then a resampling.
   ASSERT_EQ(host.progressValues.size(), 1u + 50u + 50u);
   EXPECT_EQ(host.progressValues[0], 0);

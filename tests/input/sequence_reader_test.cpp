@@ -70,6 +70,7 @@ const struct {
   const char *name, *options, *bytes;
   int nbbases, size;
   const char *codes, *freq;
+  const char* remark = "";  // what the message adds on a file that is no DNA
 } reads[] = {
     {"lower case folded, U no T", "", "acgu\n", 4, 104, "13400", "1 1 0 1 1"},
     {"complement", "C", "acgu\n", 4, 104, "24310", "0 1 1 1 1"},
@@ -87,7 +88,8 @@ const struct {
     {"empty file", "", "", 0, 100, "0", "0 0 0 0 0"},
     {"titles only", "", ">only a title\n%another\n", 0, 121, "0", "0 0 0 0 0"},
     {"records joined", "", ">one\nAC\n>two\nGT\n%three\nN\n", 5, 119, "134200", "1 1 1 1 1"},
-    {"GenBank read as letters", "", "LOCUS       X\nORIGIN\n        1 acgtt\n//\n", 9, 136, "3040134220", "2 1 2 2 2"},
+    {"GenBank read as letters", "", "LOCUS       X\nORIGIN\n        1 acgtt\n//\n", 9, 136, "3040134220", "2 1 2 2 2",
+     "; the file looks like a protein sequence or another format, not DNA: 9 of its 17 letters are not A, C, G, T or N"},
     {"high bytes vanish", "", highBytes.c_str(), 8, 241, "134213420", "0 2 2 2 2"},
 };
 
@@ -103,7 +105,7 @@ TEST_F(SequenceReader, ReadsLongestSideWithItsOptions) {
     EXPECT_EQ(st.m0.size(), r.size);
     EXPECT_EQ(codes(st.m0, std::string(r.codes).size()), r.codes);
     EXPECT_EQ(freq(st, 0), r.freq);
-    EXPECT_EQ(form.Message, "Long sequence read " + std::to_string(r.nbbases) + " bases");
+    EXPECT_EQ(form.Message, "Long sequence read " + std::to_string(r.nbbases) + " bases" + r.remark);
     EXPECT_EQ(formatseq(st, "N"), form.CBRemoveN0 ? "" : "N");  // N entries of each read's own
   }
 }

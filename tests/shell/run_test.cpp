@@ -187,7 +187,7 @@ TEST_F(Runs, ARunOnASequenceWithoutBasesIsRefused) {
   ASSERT_TRUE(waitFor([&] { return runEnded(); }));
   ASSERT_EQ(messages_.size(), 1u);
   EXPECT_NE(w().Message->text(), "Message");
-  EXPECT_EQ(w().Message->text().toStdString(), messages_[0]);
+  EXPECT_EQ(w().Message->fullText().toStdString(), messages_[0]);
   EXPECT_TRUE(w().TabPanel1->isEnabled());
   EXPECT_EQ(w().form().Results, "");
 }
