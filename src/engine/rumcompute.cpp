@@ -174,6 +174,9 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
       scan(c);
     } catch (const std::bad_alloc&) {
       c.fail(outOfMemoryText(s));
+      // The scan left without its stop steps: the tail it would have taken
+      // is given up here, or its thread waits for a taker for ever.
+      if (c.scanTail) c.scanTail->giveUp();
     }
   };
   if (s.CBCPG) {
