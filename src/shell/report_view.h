@@ -8,8 +8,8 @@
 namespace trelvane::shell {
 
 // The most bytes Results shows: a text field lays out its whole text at once,
-// about a second for this much.
-inline constexpr std::size_t kResultsShown = std::size_t{8} << 20;
+// some tenths of a second for this much, seconds for ten times more.
+inline constexpr std::size_t kResultsShown = std::size_t{4} << 20;
 
 // The bound of a run's report and rows in the window: a sixteenth of the
 // memory the process may use (the texts double as they grow, and other

@@ -78,8 +78,8 @@ void DropBox::resizeEvent(QResizeEvent* event) {
 }
 
 void DropBox::fit() {
-  // The title stands over the frame with a margin on either side.
-  const QString shown = elided(this, full_, width() - 24);
+  // The title stands over the frame, a few pixels in from either side.
+  const QString shown = elided(this, full_, width() - 16);
   if (title() != shown) setTitle(shown);
   setToolTip(shown == full_ ? QString() : full_);
 }
