@@ -518,7 +518,7 @@ void Window1::startRun() {
   settings.textLimit = textLimit ? textLimit : runTextLimit();
 
   auto host = std::make_shared<QtRunHost>(this, workerYield);
-  runthreads::start([st = st_, settings, host] {
+  auto body = [st = st_, settings, host] {
     RunOutcome outcome;
     try {
       outcome = rumcompute(*st, settings, *host);
@@ -532,7 +532,16 @@ void Window1::startRun() {
     outcome.report = reportShown(std::move(outcome.report), outcome.listingEnd, kResultsShown);
     auto shared = std::make_shared<RunOutcome>(std::move(outcome));
     host->post([shared, host](Window1& w) { w.runEnded(*shared); });
-  });
+  };
+  try {
+    runthreads::start(std::move(body));
+  } catch (const std::exception& e) {
+    // No thread to be had (or no memory for one): the run ends before it began.
+    RunOutcome none;
+    none.stopped = true;
+    none.failure = std::string("The run could not start: ") + e.what();
+    runEnded(none);
+  }
 }
 
 void Window1::runMessage(const std::string& text) {
