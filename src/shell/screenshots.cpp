@@ -17,17 +17,13 @@
 #include "shell/runhost.h"
 #include "shell/window1.h"
 
-#ifndef TRELVANE_EXAMPLES_DIR
-#define TRELVANE_EXAMPLES_DIR "examples"
-#endif
-
 namespace trelvane::shell {
 
-int takeScreenshots(const QString& dir) {
+int takeScreenshots(const QString& dir, const QString& examplesDir) {
   QDir().mkpath(dir);
   auto* w = new Window1;
   w->show();
-  const std::string examples = TRELVANE_EXAMPLES_DIR;
+  const std::string examples = examplesDir.toStdString();
   w->GBLong_DropObject(QString::fromStdString(examples + "/HUMHBB.fa"));
   w->GBShort_DropObject(QString::fromStdString(examples + "/V00508.fa"));
   // An estimated model on the Model tab, entered as a user would.

@@ -5,9 +5,9 @@
 
 namespace trelvane::shell {
 
-// Opens a window, reads the bundled HUMHBB and V00508 sequences, runs the
-// comparison, then saves screenshot-file.png, -model, -results, -graphic and
-// -pref into dir. Returns 0 on success.
-int takeScreenshots(const QString& dir);
+// Opens a window, reads HUMHBB.fa and V00508.fa from examplesDir (the
+// bundled examples), runs the comparison, then saves screenshot-file.png,
+// -model, -results, -graphic and -pref into dir. Returns 0 on success.
+int takeScreenshots(const QString& dir, const QString& examplesDir);
 
 }  // namespace trelvane::shell

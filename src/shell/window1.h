@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +13,8 @@
 #include "engine/form.h"
 #include "engine/state.h"
 #include "input/panel.h"
+#include "shell/controls.h"
+#include "shell/form_binding.h"
 
 class QCheckBox;
 class QComboBox;
@@ -101,37 +102,14 @@ class Window1 : public QMainWindow {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
+  // The tab panel, PBRUN and ProgressBar1, then each tab, which builds its
+  // controls and binds them to the form (page_*.cpp).
   void build();
   void buildFileTab(QWidget* page);
   void buildModelTab(QWidget* page);
   void buildResultsTab(QWidget* page);
   void buildGraphicTab(QWidget* page);
   void buildPrefTab(QWidget* page);
-  void bindAll();
-
-  template <class W>
-  W* add(W* w, const char* name, int left, int top, int width, int height, int locks);
-  QLabel* label(QWidget* parent, const char* name, const char* text, int l, int t, int w, int h,
-                int locks);
-  QLineEdit* field(QWidget* parent, const char* name, const char* text, int l, int t, int w, int h,
-                   int locks, int maskDigits = 0, int limitText = 0, bool alignRight = false);
-  QCheckBox* check(QWidget* parent, const char* name, const char* text, int l, int t, int w, int h,
-                   int locks);
-
-  // bindings: each adds a pusher, and for editable controls a pull on the user's edit
-  using Handler = std::function<void()>;
-  void bindText(QLineEdit* e, std::string Form::*f, Handler onChange = {});
-  void bindPlain(QPlainTextEdit* e, std::string Form::*f, Handler onChange);
-  void bindCheck(QAbstractButton* b, bool Form::*f, Handler onAction = {});
-  void bindRadio(QAbstractButton* b, bool Form::*f, Handler onAction);
-  void bindLabel(QLabel* l, std::string Form::*f);
-  void bindEnabled(QWidget* w, bool Form::*f);
-  void bindVisible(QWidget* w, bool Form::*f);
-  void lostFocus(QLineEdit* e, Handler onLeave);
-  // Return or Enter moves the focus to the partner field, all its text selected.
-  void returnPartner(EventHook* hook, const QString& partnerName);
-  void pullChecks();
-  void edited(const Handler& handler);
 
   // Graph for the present canvas size, then the canvas repainted.
   void graph();
@@ -157,14 +135,11 @@ class Window1 : public QMainWindow {
 
   std::shared_ptr<ComparisonState> st_;
   Form form_;
+  FormBinding bind_;
   QWidget* content_ = nullptr;
   Anchors* anchors_ = nullptr;
+  Controls make_{nullptr};
   QTimer* resizeTimer_ = nullptr;
-  std::vector<std::function<void()>> pushers_;
-  std::vector<std::function<void()>> checkPullers_;
-  // The leaving handler of each field that has one.
-  std::map<QLineEdit*, Handler> leaveHandlers_;
-  bool refreshing_ = false;
   // what the run going on was started with
   std::optional<std::string> settingsResultPath_;
   bool runWasCpg_ = false;
