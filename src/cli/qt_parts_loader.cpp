@@ -1,4 +1,4 @@
-// qt_parts_loader.cpp -- trelvane-cli loads its Qt parts from the module beside the program.
+// qt_parts_loader.cpp -- trelvane-cli loads its Qt parts: the module beside the program, or the installed one.
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -10,6 +10,9 @@
 
 #ifndef TRELVANE_VERSION
 #error "TRELVANE_VERSION comes from the CMake project version"
+#endif
+#ifndef TRELVANE_MODULE_DIR
+#error "TRELVANE_MODULE_DIR is the installed module's folder relative to the program's"
 #endif
 
 namespace trelvane::cli {
@@ -26,13 +29,37 @@ std::string programFolder() {
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
+// The folder, with its final '/', that the installed module lies in: the
+// program's folder, then TRELVANE_MODULE_DIR from there, each leading "../"
+// taking a folder off ("/usr/bin/" and "../lib/x/trelvane" give "/usr/lib/x/trelvane/").
+std::string installedFolder(std::string folder) {
+  std::string rest = TRELVANE_MODULE_DIR;
+  while (rest.compare(0, 3, "../") == 0 && folder.size() > 1) {
+    folder.pop_back();
+    folder.erase(folder.rfind('/') + 1);
+    rest.erase(0, 3);
+  }
+  return folder + rest + "/";
+}
+
+// The module beside the program where there is one (a build folder, or the
+// two files copied together), else the installed one. Where neither exists,
+// the one beside the program is named.
+std::string modulePath() {
+  const std::string folder = programFolder();
+  const std::string beside = folder + kQtPartsModule;
+  if (folder.empty() || access(beside.c_str(), F_OK) == 0) return beside;
+  const std::string installed = installedFolder(folder) + kQtPartsModule;
+  return access(installed.c_str(), F_OK) == 0 ? installed : beside;
+}
+
 struct Loaded {
   const QtParts* parts = nullptr;
   std::string why;
 };
 
 Loaded load() {
-  const std::string path = programFolder() + kQtPartsModule;
+  const std::string path = modulePath();
   const std::string cannot = "cannot load " + path + ", which draws pictures and checks for updates: ";
   // The module stays loaded until the process ends: Qt's application
   // object and its plugins live in it.

@@ -142,14 +142,19 @@ void buildMenuBar1(QMenuBar* bar, Window1* window) {
                    });
 }
 
-int runMain() {
+void openStartFiles(Window1& window, const QStringList& files) {
+  if (files.size() > 0) window.GBLong_DropObject(files[0]);
+  if (files.size() > 1) window.GBShort_DropObject(files[1]);
+}
+
+int runMain(const QStringList& files) {
   // 2: the file type table is built before anything else needs it.
   (void)pTextPlain();
   // 3-4: the application object; its menu handlers are bound per window.
   App app;
   installAboutBox(app);
-  // 5: the first window
-  App::FileNew_Action();
+  // 5: the first window, with the files it was started with
+  openStartFiles(*App::FileNew_Action(), files);
   // 6: the event loop, whose start opens the application (Event_Open)
   QTimer::singleShot(0, [&app] { app.Event_Open(); });
   const int code = QApplication::exec();

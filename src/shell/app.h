@@ -53,8 +53,14 @@ class App {
 // Paste, Clear), each item named as the menu names it.
 void buildMenuBar1(QMenuBar* bar, Window1* window);
 
+// The files a window is started with: the first goes to the longest side and
+// the second to the shortest side, each by the route of a drop on its group
+// box (so a result file is drawn again); any further ones are left out.
+void openStartFiles(Window1& window, const QStringList& files);
+
 // _Main after the platform's own start: the file types, App, the first
-// window, the event loop. Returns the loop's exit code.
-int runMain();
+// window with the files of the command line, the event loop. Returns the
+// loop's exit code.
+int runMain(const QStringList& files = {});
 
 }  // namespace trelvane::shell

@@ -191,6 +191,25 @@ TEST_F(InputPanel, ADroppedResultFileRedrawsAndLeavesThePanelAlone) {
   EXPECT_FALSE(w().state().changegraph);
 }
 
+// trelvane LONG SHORT: each file by the route of a drop on its side.
+TEST_F(InputPanel, StartFilesGoToTheLongThenTheShortSideAndAThirdIsLeftOut) {
+  const std::string longPath = temp("long.fa", kLong), shortPath = temp("short.fa", kShort);
+  openStartFiles(w(), {QString::fromStdString(longPath), QString::fromStdString(shortPath),
+                       QString::fromStdString(temp("third.fa", kLong))});
+  EXPECT_EQ(w().state().f[0], longPath);
+  EXPECT_EQ(w().state().f[1], shortPath);
+  EXPECT_EQ(w().state().nbbases1, 40);
+  EXPECT_TRUE(w().PBRUN->isEnabled());
+  EXPECT_FALSE(w().PBDot->isEnabled());
+}
+
+TEST_F(InputPanel, AStartResultFileIsDrawnAgain) {
+  openStartFiles(w(), {QString::fromStdString(goldenPath("S3.result"))});
+  EXPECT_EQ(w().EditField0->text(), "Drop a sequence file or output file");
+  EXPECT_EQ(w().state().windgraph, 20);
+  EXPECT_NE(w().state().pct, nullptr);
+}
+
 TEST_F(InputPanel, CpGModeNeedsOnlyTheLongestAndTheTabChangeRepairsRun) {
   auto* cpg = find<QCheckBox>("CBCPG");
   choose(0, temp("long.fa", kLong));
