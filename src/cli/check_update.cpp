@@ -1,13 +1,10 @@
 // check_update.cpp -- trelvane-cli check-update: the about window's update check, told on the console.
-#include <QCoreApplication>
-#include <QEventLoop>
+#include <QString>
 #include <QSysInfo>
-#include <QTimer>
 
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,7 +14,8 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "platform/numtext.h"
-#include "shell/update_check.h"
+#include "update/blocking_check.h"
+#include "update/update_check.h"
 
 #ifndef TRELVANE_VERSION
 #error "TRELVANE_VERSION comes from the CMake project version"
@@ -26,11 +24,8 @@
 namespace trelvane::cli {
 namespace {
 
-// Brakes of our own, which the window does without.
-constexpr int kMaxRedirects = 10;
 constexpr double kDefaultTimeoutSeconds = 20;
 constexpr double kMaxTimeoutSeconds = 86400;
-constexpr double kMaxPageBytes = 1024 * 1024;  // a version page is a few lines
 
 const char kCheckUpdateHelp[] =
     "Usage: trelvane-cli check-update [OPTION]...\n"
@@ -49,7 +44,7 @@ const char kCheckUpdateHelp[] =
     "1 when it could not be reached or understood, 2 on a usage error.\n";
 
 struct CheckOptions {
-  std::string site = shell::kUpdateSiteBaseURL;
+  std::string site = update::kUpdateSiteBaseURL;
   double timeout = kDefaultTimeoutSeconds;
   bool help = false;
 };
@@ -115,32 +110,6 @@ std::string appVersion() {
   return std::string(TRELVANE_VERSION) + " Trelvane for " + QSysInfo::prettyProductName().toStdString();
 }
 
-std::string socketError(int32_t code) {
-  switch (code) {
-    case http::kLostConnection: return "the connection was refused or closed";
-    case http::kNameResolutionError: return "the host name did not resolve";
-    case http::kInvalidPortError: return "the port is outside 1 to 65535";
-    case http::kTimedOutError: return "the connection was silent too long";
-    case http::kHeaderTooLargeError: return "the answer's header did not end";
-    default: return "socket error " + Str(code);
-  }
-}
-
-// The line that tells why the check failed, or empty for a page.
-std::string failureLine(const shell::UpdateCheck& check) {
-  using Stage = shell::UpdateCheck::Stage;
-  switch (check.stage()) {
-    case Stage::NoConnection: return "cannot reach " + check.versionURL() + ": " + socketError(check.errorCode());
-    case Stage::ProtocolError:
-      return check.versionURL() + " answered with status " + Str(check.failedStatus());
-    case Stage::OperationError:
-      if (check.operationMessage() == "Bad URL!")
-        return "'" + check.versionURL() + "' is not an http:// URL with a host name and a valid port";
-      return check.operationMessage() + " (" + check.versionURL() + ")";
-    default: return {};
-  }
-}
-
 }  // namespace
 
 int runCheckUpdate(const std::vector<std::string>& args) {
@@ -153,59 +122,12 @@ int runCheckUpdate(const std::vector<std::string>& args) {
     return kExitOk;
   }
 
-  // the event loop that the socket's events come through
-  static int argc = 1;
-  static char arg0[] = "trelvane-cli";
-  static char* argv[] = {arg0, nullptr};
-  std::unique_ptr<QCoreApplication> ownApp;
-  if (QCoreApplication::instance() == nullptr) ownApp = std::make_unique<QCoreApplication>(argc, argv);
-
-  std::string gaveUp;
-  {
-    shell::UpdateCheck check(appVersion(), o.site);
-    http::BasicHTTP& http = check.BasicHTTP1();
-    QEventLoop loop;
-    QTimer timer;
-    timer.setSingleShot(true);
-
-    // Gives up the exchange where it stands; its text stays as it was.
-    auto giveUp = [&](const std::string& why) {
-      if (!gaveUp.empty()) return;
-      gaveUp = why;
-      check.abandon();
-      http.Stop();
-      loop.quit();
-    };
-
-    int redirects = 0;
-    http.HandleRedirection = [&](const std::string& target) {
-      if (++redirects <= kMaxRedirects) return false;  // followed by the client
-      giveUp("gave up after " + Str(int32_t{kMaxRedirects}) + " redirects; the next one led to " + target);
-      return true;
-    };
-    http.DataProgress = [&](double received, double total, double) {
-      if (received > kMaxPageBytes || total > kMaxPageBytes)
-        giveUp(check.versionURL() + " is larger than 1 MiB, which no version page is");
-    };
-    check.changed = [&](const shell::UpdateCheck& c) {
-      if (c.finished()) loop.quit();
-    };
-    QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
-      giveUp("no answer from " + check.versionURL() + " within " + Str(o.timeout) + " seconds");
-    });
-
-    check.start();
-    if (!check.finished() && gaveUp.empty()) {
-      timer.start(static_cast<int>(std::ceil(o.timeout * 1000)));
-      loop.exec();
-    }
-    timer.stop();
-
-    std::fwrite(check.text().data(), 1, check.text().size(), stdout);
-    std::fflush(stdout);
-    if (gaveUp.empty()) gaveUp = failureLine(check);
-    // the client goes here, outside all of its events
-  }
+  update::CheckLimits limits;
+  limits.timeoutSeconds = o.timeout;
+  const update::CheckResult result = update::checkUntilAnswered(appVersion(), o.site, limits);
+  std::fwrite(result.text.data(), 1, result.text.size(), stdout);
+  std::fflush(stdout);
+  const std::string& gaveUp = result.failure;
   if (gaveUp.empty()) return kExitOk;
   std::fprintf(stderr, "%s: %s\n", kProgram, gaveUp.c_str());
   std::fflush(stderr);

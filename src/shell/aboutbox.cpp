@@ -83,13 +83,13 @@ QPixmap Orvapetit() {
 AboutBox::AboutBox(const std::string& version, const std::string& baseURL, URLOpener opener, QWidget* parent)
     : QWidget(parent, Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                           Qt::WindowMinimizeButtonHint),
-      check_(std::make_unique<UpdateCheck>(version, baseURL)),
+      check_(std::make_unique<update::UpdateCheck>(version, baseURL)),
       opener_(std::move(opener)) {
   setObjectName(QStringLiteral("AboutBox"));
   setWindowTitle(QStringLiteral("Trelvon"));
   setFixedSize(354, 158);  // not resizable
   build();
-  check_->changed = [this](const UpdateCheck& c) { showCheck(c); };
+  check_->changed = [this](const update::UpdateCheck& c) { showCheck(c); };
   Event_Open();
 }
 
@@ -131,7 +131,7 @@ void AboutBox::build() {
 
 void AboutBox::Event_Open() { check_->start(); }
 
-void AboutBox::showCheck(const UpdateCheck& c) {
+void AboutBox::showCheck(const update::UpdateCheck& c) {
   reponseupdate->setPlainText(toQ(c.text()));
   if (c.DLVisible()) DL->setVisible(true);
 }
@@ -145,7 +145,7 @@ void AboutBox::DL_Action() {
 
 void AboutBox::PushButton1_Action() { close(); }
 
-void installAboutBox(App& app) { installAboutBox(app, kUpdateSiteBaseURL, {}); }
+void installAboutBox(App& app) { installAboutBox(app, update::kUpdateSiteBaseURL, {}); }
 
 void installAboutBox(App& app, const std::string& baseURL, AboutBox::URLOpener opener) {
   app.openAboutBox = [baseURL, opener](App& a) {

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "shell/update_check.h"
+#include "update/update_check.h"
 
 class QLabel;
 class QPlainTextEdit;
@@ -35,7 +35,7 @@ class AboutBox : public QWidget {
   // version is App.version. The check starts at once (Event_Open); it never
   // blocks, its answers come through the event loop. Without an opener, DL
   // uses the desktop's.
-  explicit AboutBox(const std::string& version, const std::string& baseURL = kUpdateSiteBaseURL,
+  explicit AboutBox(const std::string& version, const std::string& baseURL = update::kUpdateSiteBaseURL,
                     URLOpener opener = {}, QWidget* parent = nullptr);
   ~AboutBox() override;
 
@@ -45,7 +45,7 @@ class AboutBox : public QWidget {
   QPushButton* DL = nullptr;
   PictureCanvas* Canvas1 = nullptr;
 
-  UpdateCheck& check() { return *check_; }
+  update::UpdateCheck& check() { return *check_; }
 
   void Event_Open();
   void DL_Action();
@@ -53,9 +53,9 @@ class AboutBox : public QWidget {
 
  private:
   void build();
-  void showCheck(const UpdateCheck& check);
+  void showCheck(const update::UpdateCheck& check);
 
-  std::unique_ptr<UpdateCheck> check_;
+  std::unique_ptr<update::UpdateCheck> check_;
   URLOpener opener_;
 };
 

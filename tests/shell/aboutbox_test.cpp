@@ -17,14 +17,14 @@
 #include "shell/app.h"
 #include "shell/widgets.h"
 #include "shell_fixture.h"
-#include "update_site.h"
+#include "update/update_site.h"
 
 namespace trelvane::shell {
 namespace {
 
-using test::runFor;
-using test::runUntil;
-using test::UpdateSite;
+using update::test::runFor;
+using update::test::runUntil;
+using update::test::UpdateSite;
 
 // Made before any fixture, whose site must find the application's event loop.
 class QtEnvironment : public ::testing::Environment {
@@ -59,7 +59,7 @@ class AboutBoxTest : public ::testing::Test {
 };
 
 TEST_F(AboutBoxTest, WindowIsFixedInSizeWithDLHidden) {
-  AboutBox* box = open("http://127.0.0.1:" + std::to_string(test::closedPort()) + "/update/");
+  AboutBox* box = open("http://127.0.0.1:" + std::to_string(update::test::closedPort()) + "/update/");
   EXPECT_EQ(box->windowTitle(), "Trelvon");
   EXPECT_EQ(box->size(), QSize(354, 158));
   EXPECT_EQ(box->minimumSize(), box->maximumSize());  // not resizable
@@ -74,7 +74,7 @@ TEST_F(AboutBoxTest, LogoIsMadeOnceAndIsCanvas1sBackdrop) {
   EXPECT_EQ(logo.size(), QSize(74, 47));
   EXPECT_EQ(Orvapetit().cacheKey(), logo.cacheKey());
 
-  AboutBox* box = open("http://127.0.0.1:" + std::to_string(test::closedPort()) + "/update/");
+  AboutBox* box = open("http://127.0.0.1:" + std::to_string(update::test::closedPort()) + "/update/");
   const QImage shown = box->Canvas1->grab().toImage().convertToFormat(QImage::Format_RGB32);
   EXPECT_EQ(shown, logo.toImage().convertToFormat(QImage::Format_RGB32));
   // a drawing, not a blank: at least the profile's red is there

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "shell/update_check.h"
+#include "update/update_check.h"
 #include "update_site.h"
 
-namespace trelvane::shell {
+namespace trelvane::update {
 namespace {
 
 using test::runUntil;
@@ -184,4 +184,4 @@ TEST(CheckUpdateCli, HelpNamesTheOptions) {
 }
 
 }  // namespace
-}  // namespace trelvane::shell
+}  // namespace trelvane::update

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "shell/update_check.h"
+#include "update/update_check.h"
 #include "update_site.h"
 
-namespace trelvane::shell {
+namespace trelvane::update {
 namespace {
 
 using test::runFor;
@@ -176,4 +176,4 @@ TEST_F(UpdateCheckTest, AbandonedCheckIgnoresThePage) {
 }
 
 }  // namespace
-}  // namespace trelvane::shell
+}  // namespace trelvane::update

@@ -1,11 +1,11 @@
 // update_check.cpp -- the update check: the texts of each stage, and the version comparison of a page.
-#include "shell/update_check.h"
+#include "update/update_check.h"
 
 #include "http/httptext.h"
 #include "http/qttcpsocket.h"
 #include "platform/numtext.h"
 
-namespace trelvane::shell {
+namespace trelvane::update {
 namespace {
 
 constexpr std::string_view kEOL = "\n";  // the platform's line end
@@ -100,4 +100,4 @@ void UpdateCheck::show(Stage stage, const std::string& text) {
   if (auto f = changed) f(*this);
 }
 
-}  // namespace trelvane::shell
+}  // namespace trelvane::update

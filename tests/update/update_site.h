@@ -15,7 +15,7 @@
 
 #include "support/qt_event_loop.h"
 
-namespace trelvane::shell::test {
+namespace trelvane::update::test {
 
 using testsupport::runFor;
 using testsupport::runUntil;
@@ -120,4 +120,4 @@ inline std::string versionRequest() {
          "\r\n";
 }
 
-}  // namespace trelvane::shell::test
+}  // namespace trelvane::update::test

@@ -9,7 +9,7 @@
 
 #include "http/basichttp.h"
 
-namespace trelvane::shell {
+namespace trelvane::update {
 
 // The update site: version.html and Trelvane_Mac.zip lie right under it.
 // The about window asks it; tests and trelvane-cli name another one.
@@ -91,4 +91,4 @@ class UpdateCheck {
   std::string operationMessage_;
 };
 
-}  // namespace trelvane::shell
+}  // namespace trelvane::update
