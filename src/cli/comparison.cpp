@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/profile.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
 #include "cli/console_host.h"
@@ -38,7 +39,7 @@ namespace {
 bool isStoredResult(const std::string& path) {
   LineReader in;
   if (!in.open(path)) return false;
-  return startsWithNoCase(in.readLine(), "Trelvane comparison");
+  return isResultHead(in.readLine());
 }
 
 // A sequence without any of A, T, C, G (empty, all N, all U ...).
@@ -183,12 +184,13 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   }
 
   // The sequences, through the file dialogs of the two sides.
-  openFile(st, form, Route::BevelButton0, o.longPath, graph);
-  if (!st.f[0]) return badInput(console, o.longPath + ": " + form.Message);
+  std::string why = openFile(st, form, Route::BevelButton0, o.longPath, graph);
+  if (!why.empty()) return badInput(console, "cannot read " + o.longPath + ": " + why);
   if (holdsNoBase(st, 0))
     return badInput(console, o.longPath + " holds no base (A, C, G or T): nothing to compare");
   if (!cpg) {
-    openFile(st, form, Route::BevelButton1, o.shortPath, graph);
+    why = openFile(st, form, Route::BevelButton1, o.shortPath, graph);
+    if (!why.empty()) return badInput(console, "cannot read " + o.shortPath + ": " + why);
     if (!st.f[1]) {
       // The length check of litshort cleared the side.
       return badInput(console, o.shortPath + ": " + form.Message + " (" + Str(st.nbbases1) +

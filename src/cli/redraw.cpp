@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/profile.h"
 #include "cli/args.h"
 #include "cli/commands.h"
 #include "cli/console.h"
@@ -188,7 +189,7 @@ bool turnOff(bool& control) {
 bool isResultFile(const std::string& path) {
   LineReader reader;
   if (!reader.open(path)) return false;
-  return startsWithNoCase(reader.readLine(), "Trelvane comparison");
+  return isResultHead(reader.readLine());
 }
 
 bool writeText(const std::string& path, const std::string& text, std::string* error) {
@@ -228,16 +229,12 @@ int runRedraw(const std::vector<std::string>& args) {
   // 1. the longest sequence, as if dropped on GBLong, for the N bars only
   if (o.longFile) {
     if (isResultFile(*o.longFile)) return bad(*o.longFile + " is a result file, not a sequence file");
-    openFile(st, form, Route::GBLongDrop, *o.longFile, graph);
-    if (!st.f[0]) return bad("cannot read " + *o.longFile + ": " + form.Message);
+    const std::string why = openFile(st, form, Route::GBLongDrop, *o.longFile, graph);
+    if (!why.empty()) return bad("cannot read " + *o.longFile + ": " + why);
   }
 
-  bool drawn = false;
-  litprevious(st, form, *o.result, [&] {
-    drawn = true;
-    graph();
-  });
-  if (!drawn) return bad("cannot read " + *o.result + ": " + form.Message);
+  const std::string why = litprevious(st, form, *o.result, graph);
+  if (!why.empty()) return bad("cannot read " + *o.result + ": " + why);
 
   // 2. window size and CpG mode
   typeInto(form.EFWS, o.window, [&] { EFWS_LostFocus(form); });

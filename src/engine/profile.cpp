@@ -1,4 +1,4 @@
-// profile.cpp -- profile byte encoding and decoding, and the filling of m2's start.
+// profile.cpp -- the result file's signature, the profile bytes' encoding and decoding, and the filling of m2's start.
 #include "engine/profile.h"
 
 #include <cmath>
@@ -14,6 +14,8 @@ uint8_t profileByte(float s, int32_t W) {
   double value = 255.0 - product;
   return static_cast<uint8_t>(toInt(value) & 0xFF);
 }
+
+bool isResultHead(std::string_view firstLine) { return startsWithNoCase(firstLine, kResultSignature); }
 
 double profileScore(uint8_t b, int32_t W) {
   // An Integer product: it wraps as a 32-bit value would.

@@ -1,11 +1,17 @@
-// profile.h -- the profile bytes of m2: encoding a score, decoding it, filling the block's start.
+// profile.h -- the result file's codec: its signature line, the profile bytes of m2 (a score encoded and decoded), the fill of the block's start.
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "platform/memoryblock.h"
 
 namespace trelvane {
+
+// The first line of a result file; a reader looks at its first 19
+// characters only, in any case ("Trelvane comparison of x" is one too).
+inline constexpr std::string_view kResultSignature = "Trelvane comparison";
+bool isResultHead(std::string_view firstLine);
 
 // Profile byte values below the scores.
 inline constexpr uint8_t kProfileUnwritten = 0;  // never written, or the end of the profile

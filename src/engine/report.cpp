@@ -107,7 +107,7 @@ void line(std::string& out, std::string_view a, const std::string& b) {
 // Lines 1 to 12 of the result block.
 std::string resultHead(const RunContext& c, const Statistics& t) {
   std::string out;
-  out += "Trelvane comparison";
+  out += kResultSignature;
   out += EndOfLine;
   line(out, "Window size=", Str(c.W));
   line(out, "Max=", Str(c.profile.highest));

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "engine/profile.h"
 #include "input/result_reader.h"
 #include "input/sequence_reader.h"
 #include "platform/linereader.h"
@@ -29,35 +30,29 @@ void rangeWidth(const ComparisonState& st, Form& form) {
 
 }  // namespace
 
-void openFile(ComparisonState& st, Form& form, Route route,
-              const std::optional<std::string>& path, const std::function<void()>& graph) {
+std::string openFile(ComparisonState& st, Form& form, Route route,
+                     const std::optional<std::string>& path, const std::function<void()>& graph) {
   const int side = (route == Route::GBLongDrop || route == Route::BevelButton0) ? 0 : 1;
   std::string why;
   if (path && !canReadFile(*path, &why)) {
     form.Message = cannotReadText(*path, why);
-    return;
+    return why;
   }
   // A cancelled dialog forgets the file loaded before, and nothing else.
   st.f[side] = path;
-  if (!st.f[side]) return;
+  if (!st.f[side]) return "";
 
   LineReader in;
   in.open(*st.f[side]);
   const std::string first = in.readLine();
   in.close();
-  if (startsWithNoCase(first, "Trelvane comparison")) {
-    litprevious(st, form, st.f[side], graph);
-    return;
-  }
+  if (isResultHead(first)) return litprevious(st, form, st.f[side], graph);
 
   (side == 0 ? form.EditField0 : form.EditField1) = absolutePath(*st.f[side]);
   if (!first.empty() && (first[0] == '>' || first[0] == '%'))
     (side == 0 ? form.GBLongCaption : form.GBShortCaption) = first.substr(1);
-  if (side == 0)
-    litlongue(st, form);
-  else
-    litshort(st, form);
-  if (!st.f[side]) return;  // the length check failed
+  why = side == 0 ? litlongue(st, form) : litshort(st, form);
+  if (!st.f[side]) return why;  // the length check failed
 
   // Enabling rules: the drops never enable PBDot, the side-1 routes ignore
   // CBCPG, and no route disables a button.
@@ -75,6 +70,7 @@ void openFile(ComparisonState& st, Form& form, Route route,
       if (st.f[0]) form.PBRUNEnabled = form.PBDotEnabled = true;
       break;
   }
+  return why;
 }
 
 void CBCPG_Action(ComparisonState& st, Form& form) {

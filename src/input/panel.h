@@ -18,9 +18,10 @@ enum class Route { GBLongDrop, BevelButton0, GBShortDrop, BevelButton1 };
 // file goes to litprevious (with graph) and a sequence file to litlongue or
 // litshort, and PBRUN (and, for the dialogs, PBDot) is enabled by the rule
 // of the route. A file that cannot be opened is refused with a message in
-// Message before anything changes.
-void openFile(ComparisonState& st, Form& form, Route route,
-              const std::optional<std::string>& path, const std::function<void()>& graph);
+// Message before anything changes. Returns why a file could not be read
+// ("" when it was read, or the dialog cancelled), for a front end's own words.
+std::string openFile(ComparisonState& st, Form& form, Route route,
+                     const std::optional<std::string>& path, const std::function<void()>& graph);
 
 // "Show CpG islands": enables PBRUN only for a longest file in CpG mode, and
 // hides the shortest side while the box is on.

@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "engine/profile.h"
 #include "input/sequence_reader.h"
 #include "platform/linereader.h"
 #include "platform/numtext.h"
@@ -57,24 +58,24 @@ void plot(Form& form, const std::function<void()>& graph) {
 
 }  // namespace
 
-void litprevious(ComparisonState& st, Form& form, const std::optional<std::string>& path,
-                 const std::function<void()>& graph) {
-  if (!path) return;
+std::string litprevious(ComparisonState& st, Form& form, const std::optional<std::string>& path,
+                        const std::function<void()>& graph) {
+  if (!path) return "";
   LineReader in;
   if (!in.open(*path)) {
     form.Message = cannotReadText(*path, in.error());
-    return;
+    return in.error();
   }
-  detail::readResult(st, form, in, *path, graph, kMaxBases);
+  return detail::readResult(st, form, in, *path, graph, kMaxBases);
 }
 
 namespace detail {
 
-void readResult(ComparisonState& st, Form& form, LineReader& in, const std::string& path,
-                const std::function<void()>& graph, int64_t maxBases) {
-  if (!startsWithNoCase(in.readLine(), "Trelvane comparison")) {
+std::string readResult(ComparisonState& st, Form& form, LineReader& in, const std::string& path,
+                       const std::function<void()>& graph, int64_t maxBases) {
+  if (!isResultHead(in.readLine())) {
     plot(form, graph);
-    return;
+    return "";
   }
 
   form.Message = "Reading parameters...";
@@ -87,8 +88,9 @@ void readResult(ComparisonState& st, Form& form, LineReader& in, const std::stri
 
   // Bases= sizes the profile block: a count that cannot be one refuses the file.
   if (r.nbbases && (*r.nbbases < 0 || *r.nbbases > maxBases)) {
-    form.Message = cannotReadText(path, "Bases=" + r.basesText + " is no count of bases");
-    return;
+    const std::string why = "Bases=" + r.basesText + " is no count of bases";
+    form.Message = cannotReadText(path, why);
+    return why;
   }
   store(r.windgraph, st.windgraph);
   store(r.maxgraph, st.maxgraph);
@@ -107,16 +109,13 @@ void readResult(ComparisonState& st, Form& form, LineReader& in, const std::stri
     const int32_t n = st.nbbases;
     st.m2 = MemoryBlock(static_cast<std::ptrdiff_t>(n) + 410);
     // The start of the block is filled as by a run, with code 1 instead of 2.
-    std::string ones(200, '\x01');
-    ones.push_back('\0');
-    const double last = std::floor(n / 200.0 + 300.0);
-    for (std::ptrdiff_t off = 0; static_cast<double>(off) <= last; off += 200)
-      st.m2.setBytes(off, ones);
+    fillProfileStart(st.m2, n, kProfileN);
     form.Message = "Reading file...";
     st.m2.setBytes(0, in.readBytes(static_cast<std::size_t>(n)));
   }
   in.close();
   plot(form, graph);
+  return "";
 }
 
 }  // namespace detail

@@ -75,10 +75,10 @@ void setN(CaraTable& cara, const std::string& entry) {
   cara['n'] = entry;
 }
 
-void readSide(ComparisonState& st, Form& form, int side) {
+std::string readSide(ComparisonState& st, Form& form, int side) {
   if (!st.f[side]) {
     form.Message = "Cannot read the sequence: no file is chosen";
-    return;
+    return "no file is chosen";
   }
   const std::string path = *st.f[side];
   detail::SequenceSource source{path, [&path](LineReader& in, std::string& why) {
@@ -86,7 +86,7 @@ void readSide(ComparisonState& st, Form& form, int side) {
                                   why = in.error();
                                   return false;
                                 }};
-  detail::readSequence(st, form, side, source);
+  return detail::readSequence(st, form, side, source);
 }
 
 }  // namespace
@@ -97,9 +97,9 @@ std::string formatseq(const ComparisonState& st, std::string_view line) {
   return out;
 }
 
-void litlongue(ComparisonState& st, Form& form) { readSide(st, form, 0); }
+std::string litlongue(ComparisonState& st, Form& form) { return readSide(st, form, 0); }
 
-void litshort(ComparisonState& st, Form& form) { readSide(st, form, 1); }
+std::string litshort(ComparisonState& st, Form& form) { return readSide(st, form, 1); }
 
 std::string cannotReadText(const std::string& path, const std::string& why) {
   std::string name = std::filesystem::path(path).filename().string();
@@ -109,8 +109,8 @@ std::string cannotReadText(const std::string& path, const std::string& why) {
 
 namespace detail {
 
-void readSequence(ComparisonState& st, Form& form, int side, const SequenceSource& source,
-                  int64_t maxTotal) {
+std::string readSequence(ComparisonState& st, Form& form, int side, const SequenceSource& source,
+                         int64_t maxTotal) {
   const bool comp = side == 0 ? form.Comp0 : form.Comp1;
   const bool reverse = side == 0 ? form.Reverse0 : form.Reverse1;
   const bool removeN = side == 0 ? form.CBRemoveN0 : form.CBRemoveN1;
@@ -120,7 +120,7 @@ void readSequence(ComparisonState& st, Form& form, int side, const SequenceSourc
   std::string why;
   if (!source.open(in, why)) {
     form.Message = cannotReadText(source.path, why);
-    return;
+    return why;
   }
 
   // The table is built aside and stored with the sequence at the end, so a
@@ -143,16 +143,16 @@ void readSequence(ComparisonState& st, Form& form, int side, const SequenceSourc
   } while (!in.eof() && total <= maxTotal);
   in.close();
   if (total > maxTotal) {
-    form.Message = cannotReadText(
-        source.path, "the sequence is too long (more than " + Str(maxTotal) + " characters)");
-    return;
+    why = "the sequence is too long (more than " + Str(maxTotal) + " characters)";
+    form.Message = cannotReadText(source.path, why);
+    return why;
   }
   setN(cara, nEntry);
 
   // second pass: the base codes
   if (!source.open(in, why)) {
     form.Message = cannotReadText(source.path, why);
-    return;
+    return why;
   }
   MemoryBlock block(total + 100);
   uint8_t* out = block.data();
@@ -238,6 +238,7 @@ void readSequence(ComparisonState& st, Form& form, int side, const SequenceSourc
     form.Message = (side == 0 ? "Long sequence read " : "Short sequence read ") + Str(n32) +
                    " bases" + census.remark();
   }
+  return "";
 }
 
 }  // namespace detail

@@ -23,11 +23,14 @@ inline constexpr int64_t kMaxBases = 2147483647 - 410;
 std::string formatseq(const ComparisonState& st, std::string_view line);
 
 // Reads the file of f[0] into m0, nbbases and basesfreq[.][0] with the
-// options Comp0, Reverse0 and CBRemoveN0; sets EFSD and Message.
-void litlongue(ComparisonState& st, Form& form);
+// options Comp0, Reverse0 and CBRemoveN0; sets EFSD and Message. Returns why
+// the file could not be read ("" when it was; the length check is no read
+// failure: it clears f[0]), so that each front end words it its own way.
+std::string litlongue(ComparisonState& st, Form& form);
 // Reads the file of f[1] into m1, nbbases1 and basesfreq[.][1] with the
 // options Comp1, Reverse1 and CBRemoveN1; may clip EFWS; sets Message.
-void litshort(ComparisonState& st, Form& form);
+// Returns as litlongue does.
+std::string litshort(ComparisonState& st, Form& form);
 
 // "Cannot read NAME: WHY", the text of every file that cannot be opened.
 std::string cannotReadText(const std::string& path, const std::string& why);
@@ -46,8 +49,8 @@ struct SequenceSource {
 // refused with a message before anything else changes. A source that gives
 // more characters in the second pass than in the first is cut at the size of
 // the first, so the fill never leaves its block.
-void readSequence(ComparisonState& st, Form& form, int side,
-                  const SequenceSource& source, int64_t maxTotal = kMaxBases);
+std::string readSequence(ComparisonState& st, Form& form, int side,
+                         const SequenceSource& source, int64_t maxTotal = kMaxBases);
 
 }  // namespace detail
 }  // namespace trelvane

@@ -8,6 +8,7 @@
 #include <limits>
 #include <memory>
 
+#include "engine/profile.h"
 #include "platform/numtext.h"
 #include "plots/picture.h"
 
@@ -52,11 +53,8 @@ struct Profile {
   uint8_t at(std::ptrdiff_t p) const {
     return static_cast<std::size_t>(p) < static_cast<std::size_t>(size) ? bytes[p] : 0;
   }
-  // The score of a byte: ((255 - b) * W) / 250.0, truncated.
-  int32_t score(std::ptrdiff_t p) const {
-    int64_t product = static_cast<int64_t>(255 - at(p)) * windgraph;
-    return toInt(static_cast<double>(product) / 250.0);
-  }
+  // The score of a byte, truncated to an integer.
+  int32_t score(std::ptrdiff_t p) const { return toInt(profileScore(at(p), windgraph)); }
   // A seek stops on a scored byte, or where p reaches the end of the block.
   bool seekStop(std::ptrdiff_t p) const { return p >= size || at(p) > 2; }
   // The first position after p, up to last, whose byte is a score; last + 1
@@ -371,8 +369,7 @@ void drawLines(const ComparisonState& st, Form& form, Scale& sc, Group2D& g) {
             ++p;
             ++avgspan;
           } while (!m2.seekStop(p));
-          int64_t product = static_cast<int64_t>(255 - m2.at(p)) * st.windgraph;
-          avgsum = toInt(static_cast<double>(avgsum) + static_cast<double>(product) / 250.0);
+          avgsum = toInt(static_cast<double>(avgsum) + profileScore(m2.at(p), st.windgraph));
           ++avgcount;
         } while (avgspan < st.nbbases1);
       }

@@ -173,8 +173,8 @@ TEST(CliBadResult, HugeBasesIsRefusedWithoutDrawing) {
   const std::string svg = (dir / "p.svg").string();
   ProcessResult r = cli({"redraw", path, "--svg", svg});
   EXPECT_EQ(r.status, 1);
-  EXPECT_EQ(r.err, "trelvane-cli: cannot read " + path +
-                       ": Cannot read huge.txt: Bases=99999999999 is no count of bases\n");
+  // said once, not wrapped in the window's own words
+  EXPECT_EQ(r.err, "trelvane-cli: cannot read " + path + ": Bases=99999999999 is no count of bases\n");
   EXPECT_FALSE(std::filesystem::exists(svg));
 }
 
