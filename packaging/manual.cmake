@@ -1,8 +1,8 @@
 # manual.cmake: one man page, written by help2man from PROGRAM's --help and --version, then
 # compressed as Debian wants it (gzip -9n). INCLUDE holds the sections that --help does not
 # give; each of COMMANDS (comma-separated) adds its own --help, kept as printed.
-# INCLUDE may name @DATADIR@ and @MODULEDIR@, the installed folders.
-# cmake -DHELP2MAN= -DGZIP= -DPROGRAM= -DNAME= -DINCLUDE= -DCOMMANDS= -DDATADIR= -DMODULEDIR= -DOUTPUT=
+# INCLUDE may name @DATADIR@, the installed data folder.
+# cmake -DHELP2MAN= -DGZIP= -DPROGRAM= -DNAME= -DINCLUDE= -DCOMMANDS= -DDATADIR= -DOUTPUT=
 #       -P manual.cmake
 string(REGEX REPLACE "\\.gz$" "" page "${OUTPUT}")
 file(READ "${INCLUDE}" include)

@@ -5,7 +5,7 @@
 
 #include "cli/commands.h"
 #include "cli/console.h"
-#include "cli/qt_parts.h"
+#include "plots/picture_qt.h"
 
 #ifndef TRELVANE_VERSION
 #error "TRELVANE_VERSION comes from the CMake project version"
@@ -50,11 +50,7 @@ int cliMain(const std::vector<std::string>& args, const Console& console) {
   if (command == "compare") return runComparison(false, rest, console);
   if (command == "cpg") return runComparison(true, rest, console);
   if (command == "redraw") return runRedraw(rest);
-  if (command == "check-update") {
-    std::string why;
-    const QtParts* qt = qtParts(&why);
-    return qt ? qt->runCheckUpdate(rest) : badInput(console, why);
-  }
+  if (command == "check-update") return runCheckUpdate(rest);
   if (!command.empty() && command[0] == '-')
     return usageError(console, "unrecognized option '" + command + "'");
   return usageError(console, "unknown command '" + command + "'");

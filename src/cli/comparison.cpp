@@ -17,7 +17,7 @@
 #include "cli/console_host.h"
 #include "cli/interrupt.h"
 #include "cli/options.h"
-#include "cli/qt_parts.h"
+#include "plots/picture_qt.h"
 #include "engine/form.h"
 #include "engine/run.h"
 #include "engine/state.h"
@@ -127,11 +127,11 @@ bool checkFiles(const ComparisonOptions& o, const Console& console, int& status)
 
 // Writes the profile in the format of its option, whatever the extension;
 // through a temporary file of that format when path is "-".
-bool writeProfile(const Console& console, const QtParts& qt, const plots::Picture& picture,
-                  plots::ImageFormat format, const std::string& path, std::string* why) {
-  if (path != "-") return qt.writePicture(picture, format, path, why);
+bool writeProfile(const Console& console, const plots::Picture& picture, plots::ImageFormat format,
+                  const std::string& path, std::string* why) {
+  if (path != "-") return plots::writePicture(picture, format, path, why);
   std::string staging = stagingPathFor("-") + ".picture";
-  bool ok = qt.writePicture(picture, format, staging, why) &&
+  bool ok = plots::writePicture(picture, format, staging, why) &&
             copyFileToOut(console, staging, why);
   removeQuietly(staging);
   return ok;
@@ -283,8 +283,6 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
                                           : !staging->renameTo(*o.result, &error)))
       fail(error);
   }
-  const QtParts* qt = drawing ? qtParts(&error) : nullptr;
-  if (drawing && !qt) return badInput(console, error + ": no picture was written");
   const std::pair<const std::optional<std::string>*, plots::ImageFormat> pictures[] = {
       {&o.svg, plots::ImageFormat::Svg},
       {&o.pdf, plots::ImageFormat::Pdf},
@@ -296,11 +294,11 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
            " was not written");
       continue;
     }
-    if (!writeProfile(console, *qt, *st.pct, format, **path, &error)) fail(error);
+    if (!writeProfile(console, *st.pct, format, **path, &error)) fail(error);
   }
   if (o.dotplot) {
     plots::DotPlot dots = plots::PBDot_Action(st, form);
-    if (!qt->writeDotPlotFile(dots, *o.dotplot, &error)) fail(error);
+    if (!plots::writeDotPlotFile(dots, *o.dotplot, &error)) fail(error);
   }
   return status;
 }

@@ -10,7 +10,7 @@
 #include "cli/args.h"
 #include "cli/commands.h"
 #include "cli/console.h"
-#include "cli/qt_parts.h"
+#include "plots/picture_qt.h"
 #include "engine/form.h"
 #include "engine/state.h"
 #include "input/panel.h"
@@ -292,11 +292,7 @@ int runRedraw(const std::vector<std::string>& args) {
       status = bad("nothing to draw (no bases or window size 0): " + **path + " was not written");
       continue;
     }
-    const QtParts* qt = qtParts(&error);
-    if (!qt)
-      status = bad(error + " (" + **path + " was not written)");
-    else if (!qt->writePicture(*st.pct, format, **path, &error))
-      status = bad(error);
+    if (!plots::writePicture(*st.pct, format, **path, &error)) status = bad(error);
   }
   return status;
 }

@@ -118,20 +118,32 @@ bool writePdf(const Picture& pict, QIODevice& out) {
   return painter.end();
 }
 
-bool writePng(const Picture& pict, QIODevice& out) {
+}  // namespace
+
+QImage pictureImage(const Picture& pict) {
   // A dot plot is black on white: one byte a pixel keeps a large one small.
   QImage::Format format = pict.dots.empty() ? QImage::Format_RGB32 : QImage::Format_Grayscale8;
   QImage image(pict.width > 0 ? pict.width : 1, pict.height > 0 ? pict.height : 1, format);
-  if (image.isNull()) return false;
+  if (image.isNull()) return image;
   image.fill(Qt::white);
   QPainter painter;
-  if (!painter.begin(&image)) return false;
+  if (!painter.begin(&image)) return QImage();
   paintPicture(painter, pict);
   painter.end();
-  return image.save(&out, "PNG");
+  return image;
 }
 
-}  // namespace
+bool writePictureTo(const Picture& pict, ImageFormat format, QIODevice& out) {
+  switch (format) {
+    case ImageFormat::Svg: return writeSvg(pict, out);
+    case ImageFormat::Pdf: return writePdf(pict, out);
+    case ImageFormat::Png: {
+      const QImage image = pictureImage(pict);
+      return !image.isNull() && image.save(&out, "PNG");
+    }
+  }
+  return false;
+}
 
 void paintPicture(QPainter& painter, const Picture& picture) {
   painter.save();
@@ -165,9 +177,7 @@ bool writePicture(const Picture& picture, ImageFormat format, const std::string&
   // Drawn in memory first, so that a failed drawing leaves no half file.
   QBuffer buffer;
   buffer.open(QIODevice::WriteOnly);
-  bool ok = format == ImageFormat::Svg ? writeSvg(picture, buffer)
-            : format == ImageFormat::Pdf ? writePdf(picture, buffer)
-                                         : writePng(picture, buffer);
+  bool ok = writePictureTo(picture, format, buffer);
   buffer.close();
   if (!ok) {
     if (error) *error = "Cannot draw " + path + ": the picture of " + std::to_string(picture.width) + " by " +

@@ -5,6 +5,8 @@
 
 #include "plots/picture.h"
 
+class QIODevice;
+class QImage;
 class QPainter;
 
 namespace trelvane::plots {
@@ -19,6 +21,13 @@ void paintPicture(QPainter& painter, const Picture& picture);
 // that fonts and images work without a window. False when a non-GUI
 // application object is already there.
 bool ensureGuiApplication();
+
+// The picture on white at its own size, as PNG files and the clipboard have it.
+QImage pictureImage(const Picture& picture);
+
+// The picture's bytes in one format onto a device: the one writer of the
+// files, of standard output and of the window's clipboard, so that all agree.
+bool writePictureTo(const Picture& picture, ImageFormat format, QIODevice& out);
 
 // Writes the picture at its own size, the same coordinates in every format:
 // SVG (QSvgGenerator), PDF (one page of the picture's size in points), PNG

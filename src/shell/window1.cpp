@@ -20,7 +20,6 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSvgGenerator>
 #include <QTabWidget>
 #include <QTimer>
 
@@ -325,33 +324,18 @@ void Window1::appendResultsLine(const std::string& line) {
 
 namespace {
 
-// The picture as the clipboard offers it: an image, PNG bytes and SVG text.
+// The picture as the clipboard offers it: an image, PNG bytes and SVG text,
+// made by the writer of the CLI's files with the same settings.
 QMimeData* pictureMimeData(const plots::Picture& pct) {
   auto* mime = new QMimeData;
-  QImage image(std::max(1, pct.width), std::max(1, pct.height), QImage::Format_ARGB32);
-  image.fill(Qt::white);
-  {
-    QPainter painter(&image);
-    plots::paintPicture(painter, pct);
+  mime->setImageData(plots::pictureImage(pct));
+  for (auto [format, type] : {std::pair{plots::ImageFormat::Png, "image/png"},
+                              std::pair{plots::ImageFormat::Svg, "image/svg+xml"}}) {
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (plots::writePictureTo(pct, format, buffer)) mime->setData(QString::fromLatin1(type), bytes);
   }
-  mime->setImageData(image);
-  QByteArray png;
-  QBuffer pngBuffer(&png);
-  pngBuffer.open(QIODevice::WriteOnly);
-  image.save(&pngBuffer, "PNG");
-  mime->setData(QStringLiteral("image/png"), png);
-
-  QByteArray svg;
-  QBuffer svgBuffer(&svg);
-  QSvgGenerator generator;
-  generator.setOutputDevice(&svgBuffer);
-  generator.setSize(QSize(pct.width, pct.height));
-  generator.setViewBox(QRect(0, 0, pct.width, pct.height));
-  {
-    QPainter painter(&generator);
-    plots::paintPicture(painter, pct);
-  }
-  mime->setData(QStringLiteral("image/svg+xml"), svg);
   return mime;
 }
 

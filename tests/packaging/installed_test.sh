@@ -26,8 +26,7 @@ check "trelvane --version, no display" same "$("${nodisplay[@]}" "$USR/bin/trelv
 check "trelvane --help, no display" same "$("${nodisplay[@]}" "$USR/bin/trelvane" --help | head -n 1)" \
   "Usage: trelvane [OPTION]... [LONG [SHORT]]"
 
-# The installed comparison writes the build tree's bytes; the SVG comes through the
-# drawing module in its installed folder.
+# The installed comparison writes the build tree's bytes, the SVG drawn without a display.
 compare() {  # compare PROGRAM OUTDIR
   mkdir -p "$2"
   "$1" compare "$ROOT/examples/HUMHBB.fa" "$ROOT/examples/V00508.fa" --seed 1 --quiet \

@@ -71,6 +71,7 @@ struct ChildSetup {
   bool asNobody = false;      // drop to the unprivileged user first
   rlim_t fileSizeLimit = 0;   // > 0: the largest file the child may write, as on a full disk
   fs::path cwd;
+  bool noDisplay = false;     // no display and no platform named, as on a cluster node
 };
 
 inline std::string drainFd(int fd) {
@@ -100,7 +101,11 @@ inline ProcessResult runProgram(const std::string& program, const std::vector<st
   if (pid == 0) {
     ::dup2(outFd, 1);
     ::dup2(errFd, 2);
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    if (setup.noDisplay) {
+      for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) ::unsetenv(name);
+    } else {
+      ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    }
     if (!setup.cwd.empty() && ::chdir(setup.cwd.c_str()) != 0) ::_exit(120);
     if (setup.fileSizeLimit > 0) {
       ::signal(SIGXFSZ, SIG_IGN);  // a write past the limit fails with EFBIG instead
