@@ -2,7 +2,6 @@
 #include <QString>
 #include <QSysInfo>
 
-#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <optional>
@@ -10,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/args.h"
+#include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "platform/numtext.h"
@@ -36,6 +35,7 @@ const char kCheckUpdateHelp[] =
     "                        (a '/' is added where URL does not end in one)\n"
     "  --timeout S           give up after S seconds (20)\n"
     "  --help                display this help and exit\n"
+    "  --version             output version information and exit\n"
     "\n"
     "Redirects are followed up to 10 times, and a version page above 1 MiB is\n"
     "refused.\n"
@@ -46,62 +46,32 @@ const char kCheckUpdateHelp[] =
 struct CheckOptions {
   std::string site = update::kUpdateSiteBaseURL;
   double timeout = kDefaultTimeoutSeconds;
-  bool help = false;
+  bool help = false, version = false;
 };
-
-int usage(std::string_view text) {
-  std::fprintf(stderr, "%s: %.*s\nTry '%s check-update --help' for more information.\n", kProgram,
-               static_cast<int>(text.size()), text.data(), kProgram);
-  std::fflush(stderr);
-  return kExitUsage;
-}
-
-// A plain decimal number of seconds, above 0 and at most a day.
-std::optional<double> seconds(const std::string& text) {
-  double v = 0;
-  const char* end = text.data() + text.size();
-  auto [at, ec] = std::from_chars(text.data(), end, v, std::chars_format::fixed);
-  if (ec != std::errc() || at != end || !std::isfinite(v) || v <= 0 || v > kMaxTimeoutSeconds) return std::nullopt;
-  return v;
-}
 
 // Fills o from args; false with a sentence in *error on a usage error.
 bool parse(const std::vector<std::string>& args, CheckOptions& o, std::string* error) {
-  for (OptionWalker walk(args); walk.next();) {
-    const std::string& name = walk.name();
-    const std::optional<std::string>& inlineValue = walk.inlineValue();
-    auto value = [&](std::string* out) { return walk.value(out, error); };
-    if (name == "--help") {
-      if (inlineValue) {
-        *error = "option '--help' doesn't allow an argument";
-        return false;
-      }
-      o.help = true;
-    } else if (name == "--site") {
-      if (!value(&o.site)) return false;
-      if (o.site.empty()) {
-        *error = "--site needs the URL of the update site";
-        return false;
-      }
-      if (o.site.back() != '/') o.site += '/';
-    } else if (name == "--timeout") {
-      std::string v;
-      if (!value(&v)) return false;
-      std::optional<double> s = seconds(v);
-      if (!s) {
-        *error = "--timeout takes a number of seconds above 0 and at most 86400, not '" + v + "'";
-        return false;
-      }
-      o.timeout = *s;
-    } else if (name.size() > 1 && name[0] == '-') {
-      *error = "unrecognized option '" + walk.arg() + "'";
-      return false;
-    } else {
-      *error = "extra operand '" + name + "'";
-      return false;
-    }
-  }
-  return true;
+  const std::vector<Option> table = {
+      {"site", 1,
+       [&o](const std::vector<std::string>& v) {
+         if (v[0].empty()) return std::string("--site needs the URL of the update site");
+         o.site = v[0];
+         if (o.site.back() != '/') o.site += '/';
+         return std::string();
+       }},
+      {"timeout", 1,
+       [&o](const std::vector<std::string>& v) {
+         const std::optional<double> s = decimalNumber(v[0], 0, kMaxTimeoutSeconds);
+         if (!s) return "--timeout takes a number of seconds above 0 and at most 86400, not '" + v[0] + "'";
+         o.timeout = *s;
+         return std::string();
+       }},
+  };
+  CommandLine line;
+  if (!parseCommandLine(args, table, line, error)) return false;
+  o.help = line.help;
+  o.version = line.version;
+  return o.help || o.version || checkOperands(line.operands, {}, error);
 }
 
 // App.version as the window builds it: the dotted number, a blank, the
@@ -112,26 +82,18 @@ std::string appVersion() {
 
 }  // namespace
 
-int runCheckUpdate(const std::vector<std::string>& args) {
+int runCheckUpdate(const std::vector<std::string>& args, const Console& console) {
   CheckOptions o;
   std::string error;
-  if (!parse(args, o, &error)) return usage(error);
-  if (o.help) {
-    std::fputs(kCheckUpdateHelp, stdout);
-    std::fflush(stdout);
-    return kExitOk;
-  }
+  if (!parse(args, o, &error)) return usageError(console, error, "check-update");
+  if (o.help || o.version) return helpOrVersion(console, o.help, kCheckUpdateHelp);
 
   update::CheckLimits limits;
   limits.timeoutSeconds = o.timeout;
   const update::CheckResult result = update::checkUntilAnswered(appVersion(), o.site, limits);
-  std::fwrite(result.text.data(), 1, result.text.size(), stdout);
-  std::fflush(stdout);
-  const std::string& gaveUp = result.failure;
-  if (gaveUp.empty()) return kExitOk;
-  std::fprintf(stderr, "%s: %s\n", kProgram, gaveUp.c_str());
-  std::fflush(stderr);
-  return kExitBadInput;
+  std::string why;
+  if (!writeOutput(console, "-", result.text, &why)) return badInput(console, why);
+  return result.failure.empty() ? kExitOk : badInput(console, result.failure);
 }
 
 }  // namespace trelvane::cli

@@ -37,20 +37,11 @@ int cliMain(const std::vector<std::string>& args, const Console& console) {
   if (args.empty()) return usageError(console, "missing command");
   const std::string& command = args[0];
   std::vector<std::string> rest(args.begin() + 1, args.end());
-  if (command == "--help") {
-    std::fputs(kHelp, console.out);
-    std::fflush(console.out);
-    return kExitOk;
-  }
-  if (command == "--version") {
-    std::fprintf(console.out, "%s\n", versionLine().c_str());
-    std::fflush(console.out);
-    return kExitOk;
-  }
-  if (command == "compare") return runComparison(false, rest, console);
-  if (command == "cpg") return runComparison(true, rest, console);
-  if (command == "redraw") return runRedraw(rest);
-  if (command == "check-update") return runCheckUpdate(rest);
+  if (command == "--help" || command == "--version") return helpOrVersion(console, command == "--help", kHelp);
+  if (command == "compare") return runCompare(rest, console);
+  if (command == "cpg") return runCpg(rest, console);
+  if (command == "redraw") return runRedraw(rest, console);
+  if (command == "check-update") return runCheckUpdate(rest, console);
   if (!command.empty() && command[0] == '-')
     return usageError(console, "unrecognized option '" + command + "'");
   return usageError(console, "unknown command '" + command + "'");

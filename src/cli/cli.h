@@ -18,7 +18,4 @@ int cliMain(const std::vector<std::string>& args, const Console& console);
 int runComparison(bool cpg, const std::vector<std::string>& args, const Console& console,
                   const DoEventsHook& hook = {});
 
-// "trelvane-cli (Trelvane) <version>", the first line of --version.
-std::string versionLine();
-
 }  // namespace trelvane::cli

@@ -4,11 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "cli/console.h"
+
 namespace trelvane::cli {
 
-int runCompare(const std::vector<std::string>& args);      // compare LONG SHORT [options]
-int runCpg(const std::vector<std::string>& args);          // cpg LONG [options]
-int runRedraw(const std::vector<std::string>& args);       // redraw RESULT [options]
-int runCheckUpdate(const std::vector<std::string>& args);  // check-update [--site URL]
+// Each writes its outputs and errors through the console.
+int runCompare(const std::vector<std::string>& args, const Console& console = Console::standard());    // compare LONG SHORT [options]
+int runCpg(const std::vector<std::string>& args, const Console& console = Console::standard());        // cpg LONG [options]
+int runRedraw(const std::vector<std::string>& args, const Console& console = Console::standard());     // redraw RESULT [options]
+int runCheckUpdate(const std::vector<std::string>& args, const Console& console = Console::standard());// check-update [--site URL]
 
 }  // namespace trelvane::cli

@@ -49,24 +49,6 @@ bool holdsNoBase(const ComparisonState& st, int side) {
   return bases == 0;
 }
 
-// The result file goes first to a file of its own beside the target and is
-// renamed into place after the run, so that a stopped or failed run leaves
-// what stood there before. For "-" it is a temporary file copied to stdout.
-std::string stagingPathFor(const std::string& target) {
-  std::string suffix = ".trelvane-" + std::to_string(::getpid()) + ".part";
-  if (target == "-") {
-    std::error_code ec;
-    std::filesystem::path dir = std::filesystem::temp_directory_path(ec);
-    if (ec) dir = "/tmp";
-    return (dir / ("trelvane-cli-result" + suffix)).string();
-  }
-  return target + suffix;
-}
-
-void removeQuietly(const std::string& path) {
-  std::error_code ec;
-  std::filesystem::remove(path, ec);
-}
 
 // A staging file that is removed when it goes out of scope, on every road
 // out of the command (a stop, a failure, an exception), unless it was renamed.
@@ -125,17 +107,6 @@ bool checkFiles(const ComparisonOptions& o, const Console& console, int& status)
   return true;
 }
 
-// Writes the profile in the format of its option, whatever the extension;
-// through a temporary file of that format when path is "-".
-bool writeProfile(const Console& console, const plots::Picture& picture, plots::ImageFormat format,
-                  const std::string& path, std::string* why) {
-  if (path != "-") return plots::writePicture(picture, format, path, why);
-  std::string staging = stagingPathFor("-") + ".picture";
-  bool ok = plots::writePicture(picture, format, staging, why) &&
-            copyFileToOut(console, staging, why);
-  removeQuietly(staging);
-  return ok;
-}
 
 }  // namespace
 
@@ -145,17 +116,8 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
                const DoEventsHook& hook) {
   ComparisonOptions o;
   std::string error;
-  if (!parseComparisonOptions(cpg, args, o, &error)) return usageError(console, error);
-  if (o.help) {
-    std::fputs(comparisonHelp().c_str(), console.out);
-    std::fflush(console.out);
-    return kExitOk;
-  }
-  if (o.version) {
-    std::fprintf(console.out, "%s\n", versionLine().c_str());
-    std::fflush(console.out);
-    return kExitOk;
-  }
+  if (!parseComparisonOptions(cpg, args, o, &error)) return usageError(console, error, cpg ? "cpg" : "compare");
+  if (o.help || o.version) return helpOrVersion(console, o.help, comparisonHelp());
   int status = kExitOk;
   if (!checkFiles(o, console, status)) return status;
 
@@ -294,7 +256,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
            " was not written");
       continue;
     }
-    if (!writeProfile(console, *st.pct, format, **path, &error)) fail(error);
+    if (!writePictureOutput(console, *st.pct, format, **path, &error)) fail(error);
   }
   if (o.dotplot) {
     plots::DotPlot dots = plots::PBDot_Action(st, form);
@@ -317,12 +279,12 @@ int runComparison(bool cpg, const std::vector<std::string>& args, const Console&
   }
 }
 
-int runCompare(const std::vector<std::string>& args) {
-  return runComparison(false, args, Console::standard());
+int runCompare(const std::vector<std::string>& args, const Console& console) {
+  return runComparison(false, args, console);
 }
 
-int runCpg(const std::vector<std::string>& args) {
-  return runComparison(true, args, Console::standard());
+int runCpg(const std::vector<std::string>& args, const Console& console) {
+  return runComparison(true, args, console);
 }
 
 }  // namespace trelvane::cli

@@ -7,6 +7,9 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <string>
+
+#include "plots/picture_qt.h"
 
 namespace trelvane::cli {
 
@@ -22,11 +25,19 @@ int badInput(const Console& c, std::string_view text) {
   return kExitBadInput;
 }
 
-int usageError(const Console& c, std::string_view text) {
+int usageError(const Console& c, std::string_view text, std::string_view command) {
+  const std::string help = command.empty() ? std::string(kProgram) : std::string(kProgram) + " " + std::string(command);
   std::fprintf(c.err, "%s: %.*s\nTry '%s --help' for more information.\n", kProgram,
-               static_cast<int>(text.size()), text.data(), kProgram);
+               static_cast<int>(text.size()), text.data(), help.c_str());
   std::fflush(c.err);
   return kExitUsage;
+}
+
+int helpOrVersion(const Console& c, bool help, std::string_view helpText) {
+  if (help) std::fwrite(helpText.data(), 1, helpText.size(), c.out);
+  else std::fprintf(c.out, "%s\n", versionLine().c_str());
+  std::fflush(c.out);
+  return kExitOk;
 }
 
 bool writeOutput(const Console& c, const std::string& path, std::string_view bytes,
@@ -47,6 +58,34 @@ bool writeOutput(const Console& c, const std::string& path, std::string_view byt
   bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
   ok = (std::fclose(f) == 0) && ok;
   if (!ok) *why = "cannot write " + path + ": " + std::strerror(errno);
+  return ok;
+}
+
+// The result file goes first to a file of its own beside the target and is
+// renamed into place after the run, so that a stopped or failed run leaves
+// what stood there before. For "-" it is a temporary file copied to stdout.
+std::string stagingPathFor(const std::string& target) {
+  std::string suffix = ".trelvane-" + std::to_string(::getpid()) + ".part";
+  if (target == "-") {
+    std::error_code ec;
+    std::filesystem::path dir = std::filesystem::temp_directory_path(ec);
+    if (ec) dir = "/tmp";
+    return (dir / ("trelvane-cli-result" + suffix)).string();
+  }
+  return target + suffix;
+}
+
+void removeQuietly(const std::string& path) {
+  std::error_code ec;
+  std::filesystem::remove(path, ec);
+}
+
+bool writePictureOutput(const Console& c, const plots::Picture& picture, plots::ImageFormat format,
+                        const std::string& path, std::string* why) {
+  if (path != "-") return plots::writePicture(picture, format, path, why);
+  std::string staging = stagingPathFor("-") + ".picture";
+  bool ok = plots::writePicture(picture, format, staging, why) && copyFileToOut(c, staging, why);
+  removeQuietly(staging);
   return ok;
 }
 

@@ -2,38 +2,17 @@
 #include "cli/options.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
+#include "cli/command_line.h"
 #include "engine/scan_kernels.h"
 
 namespace trelvane::cli {
 namespace {
 
-bool parseSeed(const std::string& text, uint64_t& seed) {
-  if (text.empty() || text.size() > 20) return false;
-  uint64_t v = 0;
-  for (char c : text) {
-    if (c < '0' || c > '9') return false;
-    uint64_t d = static_cast<uint64_t>(c - '0');
-    if (v > (UINT64_MAX - d) / 10) return false;
-    v = v * 10 + d;
-  }
-  seed = v;
-  return true;
-}
-
 // A thread count: a whole number from 0 (every core) to kMaxThreads.
-constexpr int kMaxThreads = 1024;
-bool parseThreads(const std::string& text, int& threads) {
-  if (text.empty() || text.size() > 4) return false;
-  int v = 0;
-  for (char c : text) {
-    if (c < '0' || c > '9') return false;
-    v = v * 10 + (c - '0');
-  }
-  if (v > kMaxThreads) return false;
-  threads = v;
-  return true;
-}
+constexpr uint64_t kMaxThreads = 1024;
 
 std::string kernelList() {
   std::string out;
@@ -50,42 +29,77 @@ std::string lowerCase(std::string s) {
   return s;
 }
 
-// The option table: each long option and where its value goes.
-struct ValueOption {
-  const char* name;
-  std::optional<std::string> ComparisonOptions::*field;
-};
-struct FlagOption {
-  const char* name;
-  bool ComparisonOptions::*field;
-};
-
-const ValueOption kValueOptions[] = {
-    {"window", &ComparisonOptions::window},
-    {"from", &ComparisonOptions::from},
-    {"to", &ComparisonOptions::to},
-    {"resamplings", &ComparisonOptions::resamplings},
-    {"identities", &ComparisonOptions::identities},
-    {"report", &ComparisonOptions::report},
-    {"rows", &ComparisonOptions::rows},
-    {"result", &ComparisonOptions::result},
-    {"svg", &ComparisonOptions::svg},
-    {"pdf", &ComparisonOptions::pdf},
-    {"png", &ComparisonOptions::png},
-    {"dotplot", &ComparisonOptions::dotplot},
-};
-
-const FlagOption kFlagOptions[] = {
-    {"long-complement", &ComparisonOptions::longComplement},
-    {"long-reverse", &ComparisonOptions::longReverse},
-    {"long-remove-n", &ComparisonOptions::longRemoveN},
-    {"short-complement", &ComparisonOptions::shortComplement},
-    {"short-reverse", &ComparisonOptions::shortReverse},
-    {"short-remove-n", &ComparisonOptions::shortRemoveN},
-    {"show-long", &ComparisonOptions::showLong},
-    {"show-short", &ComparisonOptions::showShort},
-    {"quiet", &ComparisonOptions::quiet},
-};
+// The option table of compare and cpg: fields kept as typed, flags, and
+// the options whose values are checked here.
+std::vector<Option> comparisonTable(ComparisonOptions& o) {
+  std::vector<Option> table;
+  auto field = [&](const char* name, std::optional<std::string> ComparisonOptions::*f) {
+    table.push_back({name, 1, [&o, f](const std::vector<std::string>& v) {
+                       o.*f = v[0];
+                       return std::string();
+                     }});
+  };
+  auto flag = [&](const char* name, bool ComparisonOptions::*f) {
+    table.push_back({name, 0, [&o, f](const std::vector<std::string>&) {
+                       o.*f = true;
+                       return std::string();
+                     }});
+  };
+  field("window", &ComparisonOptions::window);
+  field("from", &ComparisonOptions::from);
+  field("to", &ComparisonOptions::to);
+  field("resamplings", &ComparisonOptions::resamplings);
+  field("identities", &ComparisonOptions::identities);
+  field("report", &ComparisonOptions::report);
+  field("rows", &ComparisonOptions::rows);
+  field("result", &ComparisonOptions::result);
+  field("svg", &ComparisonOptions::svg);
+  field("pdf", &ComparisonOptions::pdf);
+  field("png", &ComparisonOptions::png);
+  field("dotplot", &ComparisonOptions::dotplot);
+  flag("long-complement", &ComparisonOptions::longComplement);
+  flag("long-reverse", &ComparisonOptions::longReverse);
+  flag("long-remove-n", &ComparisonOptions::longRemoveN);
+  flag("short-complement", &ComparisonOptions::shortComplement);
+  flag("short-reverse", &ComparisonOptions::shortReverse);
+  flag("short-remove-n", &ComparisonOptions::shortRemoveN);
+  flag("show-long", &ComparisonOptions::showLong);
+  flag("show-short", &ComparisonOptions::showShort);
+  flag("quiet", &ComparisonOptions::quiet);
+  table.push_back({"seed", 1, [&o](const std::vector<std::string>& v) {
+                     o.seed = wholeNumber(v[0], 0, UINT64_MAX);
+                     return o.seed ? std::string()
+                                   : "invalid seed '" + v[0] + "': expected a whole number from 0 to 18446744073709551615";
+                   }});
+  table.push_back({"kernel", 1, [&o](const std::vector<std::string>& v) {
+                     bool known = false;
+                     for (std::string_view k : scanKernelNames()) known = known || k == v[0];
+                     if (!known) return "invalid kernel '" + v[0] + "': expected " + kernelList();
+                     if (!findScanKernel(v[0])) return "kernel '" + v[0] + "' needs an instruction set this processor lacks";
+                     o.kernel = v[0];
+                     return std::string();
+                   }});
+  table.push_back({"threads", 1, [&o](const std::vector<std::string>& v) {
+                     const std::optional<uint64_t> n = wholeNumber(v[0], 0, kMaxThreads);
+                     if (!n)
+                       return "invalid thread count '" + v[0] + "': expected a whole number from 0 (every core) to " +
+                              std::to_string(kMaxThreads);
+                     o.threads = static_cast<int>(*n);
+                     return std::string();
+                   }});
+  table.push_back({"model", 1, [&o](const std::vector<std::string>& v) {
+                     const char* names[] = {"identity", "tstv", "general"};
+                     for (int k = 0; k < 3; ++k)
+                       if (v[0] == names[k]) o.model = k;
+                     return o.model ? std::string() : "invalid model '" + v[0] + "': expected identity, tstv or general";
+                   }});
+  table.push_back({"aligned", 2, [&o](const std::vector<std::string>& v) {
+                     o.aligned1 = v[0];
+                     o.aligned2 = v[1];
+                     return std::string();
+                   }});
+  return table;
+}
 
 }  // namespace
 
@@ -102,136 +116,16 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
                             ComparisonOptions& o, std::string* error) {
   o = ComparisonOptions{};
   o.cpg = cpg;
-  std::vector<std::string> positional;
-  bool optionsEnd = false;
-
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    const std::string& arg = args[i];
-    if (optionsEnd || arg.size() < 2 || arg[0] != '-') {
-      positional.push_back(arg);
-      continue;
-    }
-    if (arg == "--") {
-      optionsEnd = true;
-      continue;
-    }
-    if (arg.compare(0, 2, "--") != 0) {
-      *error = "invalid option -- '" + arg.substr(1) + "'";
-      return false;
-    }
-    std::string name = arg.substr(2);
-    std::optional<std::string> inlineValue;
-    if (std::size_t eq = name.find('='); eq != std::string::npos) {
-      inlineValue = name.substr(eq + 1);
-      name.erase(eq);
-    }
-    // Takes the option's value: the text after '=' or the next argument.
-    auto value = [&](std::string& out) {
-      if (inlineValue) {
-        out = *inlineValue;
-        return true;
-      }
-      if (i + 1 >= args.size()) {
-        *error = "option '--" + name + "' requires an argument";
-        return false;
-      }
-      out = args[++i];
-      return true;
-    };
-
-    if (name == "help" || name == "version") {
-      (name == "help" ? o.help : o.version) = true;
-      return true;
-    }
-
-    bool known = false;
-    for (const FlagOption& f : kFlagOptions) {
-      if (name != f.name) continue;
-      if (inlineValue) {
-        *error = "option '--" + name + "' doesn't allow an argument";
-        return false;
-      }
-      o.*f.field = true;
-      known = true;
-    }
-    for (const ValueOption& v : kValueOptions) {
-      if (name != v.name) continue;
-      std::string text;
-      if (!value(text)) return false;
-      o.*v.field = text;
-      known = true;
-    }
-    if (known) continue;
-
-    if (name == "seed") {
-      std::string text;
-      if (!value(text)) return false;
-      uint64_t seed = 0;
-      if (!parseSeed(text, seed)) {
-        *error = "invalid seed '" + text + "': expected a whole number from 0 to 18446744073709551615";
-        return false;
-      }
-      o.seed = seed;
-    } else if (name == "kernel") {
-      std::string text;
-      if (!value(text)) return false;
-      bool knownName = false;
-      for (std::string_view k : scanKernelNames()) knownName = knownName || k == text;
-      if (!knownName) {
-        *error = "invalid kernel '" + text + "': expected " + kernelList();
-        return false;
-      }
-      if (!findScanKernel(text)) {
-        *error = "kernel '" + text + "' needs an instruction set this processor lacks";
-        return false;
-      }
-      o.kernel = text;
-    } else if (name == "threads") {
-      std::string text;
-      if (!value(text)) return false;
-      int threads = 0;
-      if (!parseThreads(text, threads)) {
-        *error = "invalid thread count '" + text + "': expected a whole number from 0 (every core) to " +
-                 std::to_string(kMaxThreads);
-        return false;
-      }
-      o.threads = threads;
-    } else if (name == "model") {
-      std::string text;
-      if (!value(text)) return false;
-      if (text == "identity") o.model = 0;
-      else if (text == "tstv") o.model = 1;
-      else if (text == "general") o.model = 2;
-      else {
-        *error = "invalid model '" + text + "': expected identity, tstv or general";
-        return false;
-      }
-    } else if (name == "aligned") {
-      if (inlineValue || i + 2 >= args.size()) {
-        *error = "option '--aligned' requires two arguments: FILE1 FILE2";
-        return false;
-      }
-      o.aligned1 = args[++i];
-      o.aligned2 = args[++i];
-    } else {
-      *error = "unrecognized option '" + arg + "'";
-      return false;
-    }
-  }
-
-  std::size_t wanted = cpg ? 1 : 2;
-  if (positional.size() < wanted) {
-    *error = cpg ? "missing LONG sequence file"
-                 : (positional.empty() ? "missing LONG and SHORT sequence files"
-                                       : "missing SHORT sequence file");
+  CommandLine line;
+  if (!parseCommandLine(args, comparisonTable(o), line, error)) return false;
+  o.help = line.help;
+  o.version = line.version;
+  if (o.help || o.version) return true;
+  if (!(cpg ? checkOperands(line.operands, {"LONG"}, error)
+            : checkOperands(line.operands, {"LONG", "SHORT"}, error)))
     return false;
-  }
-  if (positional.size() > wanted) {
-    *error = "unexpected argument '" + positional[wanted] + "'";
-    return false;
-  }
-  o.longPath = positional[0];
-  if (!cpg) o.shortPath = positional[1];
+  o.longPath = line.operands[0];
+  if (!cpg) o.shortPath = line.operands[1];
 
   if (o.aligned1 && !o.model) {
     *error = "--aligned needs --model tstv or --model general";

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "engine/profile.h"
-#include "cli/args.h"
+#include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "plots/picture_qt.h"
@@ -49,7 +49,8 @@ const char kRedrawHelp[] =
     "  --svg FILE, --pdf FILE, --png FILE\n"
     "                        the drawing ('-' is standard output)\n"
     "  --shapes FILE         the shapes of the drawing as text lines\n"
-    "  --help                display this help and exit\n";
+    "  --help                display this help and exit\n"
+    "  --version             output version information and exit\n";
 
 struct RedrawOptions {
   std::optional<std::string> result;
@@ -64,97 +65,57 @@ struct RedrawOptions {
   bool noMaxMin = false, noMaxH0 = false, movingAverage = false;
   std::optional<std::string> from, to;
   std::optional<std::string> svg, pdf, png, shapes;
-  bool help = false;
+  bool help = false, version = false;
 };
-
-int usage(std::string_view text) {
-  std::fprintf(stderr, "%s: %.*s\nTry '%s redraw --help' for more information.\n", kProgram,
-               static_cast<int>(text.size()), text.data(), kProgram);
-  std::fflush(stderr);
-  return kExitUsage;
-}
-
-int bad(std::string_view text) {
-  std::fprintf(stderr, "%s: %.*s\n", kProgram, static_cast<int>(text.size()), text.data());
-  std::fflush(stderr);
-  return kExitBadInput;
-}
 
 // Fills o from args; false with a sentence in *error on a usage error.
 bool parse(const std::vector<std::string>& args, RedrawOptions& o, std::string* error) {
-  const std::pair<const char*, std::optional<std::string> RedrawOptions::*> valued[] = {
-      {"--long", &RedrawOptions::longFile}, {"--window", &RedrawOptions::window},
-      {"--ymin", &RedrawOptions::ymin},     {"--ymax", &RedrawOptions::ymax},
-      {"--from", &RedrawOptions::from},     {"--to", &RedrawOptions::to},
-      {"--svg", &RedrawOptions::svg},       {"--pdf", &RedrawOptions::pdf},
-      {"--png", &RedrawOptions::png},       {"--shapes", &RedrawOptions::shapes},
-  };
-  const std::pair<const char*, bool RedrawOptions::*> flags[] = {
-      {"--cpg", &RedrawOptions::cpg},
-      {"--default-format", &RedrawOptions::defaultFormat},
-      {"--no-maxmin", &RedrawOptions::noMaxMin},
-      {"--no-max-h0", &RedrawOptions::noMaxH0},
-      {"--moving-average", &RedrawOptions::movingAverage},
-      {"--help", &RedrawOptions::help},
-  };
-  for (OptionWalker walk(args); walk.next();) {
-    const std::string& name = walk.name();
-    const std::optional<std::string>& inlineValue = walk.inlineValue();
-    auto value = [&](std::string* out) { return walk.value(out, error); };
-    bool known = false;
-    for (const auto& [opt, member] : valued) {
-      if (name != opt) continue;
-      std::string v;
-      if (!value(&v)) return false;
-      o.*member = v;
-      known = true;
-    }
-    for (const auto& [opt, member] : flags) {
-      if (name != opt) continue;
-      if (inlineValue) {
-        *error = "option '" + name + "' doesn't allow an argument";
-        return false;
-      }
-      o.*member = true;
-      known = true;
-    }
-    if (known) continue;
-    if (name == "--size") {
-      std::string v;
-      if (!value(&v)) return false;
-      auto x = v.find_first_of("xX");
-      if (x == std::string::npos || x == 0 || x + 1 == v.size()) {
-        *error = "--size needs WIDTHxHEIGHT, such as 800x600, not '" + v + "'";
-        return false;
-      }
-      o.width = v.substr(0, x);
-      o.height = v.substr(x + 1);
-    } else if (name == "--mean-sd") {
-      if (!value(&o.meanSd)) return false;
-      if (o.meanSd != "random" && o.meanSd != "observed" && o.meanSd != "symmetric") {
-        *error = "--mean-sd takes random, observed or symmetric, not '" + o.meanSd + "'";
-        return false;
-      }
-    } else if (name == "--unit") {
-      if (!value(&o.unit)) return false;
-      if (o.unit != "frequency" && o.unit != "number") {
-        *error = "--unit takes frequency or number, not '" + o.unit + "'";
-        return false;
-      }
-    } else if (name.size() > 1 && name[0] == '-') {
-      *error = "unrecognized option '" + walk.arg() + "'";
-      return false;
-    } else if (o.result) {
-      *error = "extra operand '" + name + "'";
-      return false;
-    } else {
-      o.result = name;
-    }
-  }
-  if (!o.help && !o.result) {
-    *error = "missing RESULT file";
-    return false;
-  }
+  std::vector<Option> table;
+  for (const auto& [name, member] : std::initializer_list<std::pair<const char*, std::optional<std::string> RedrawOptions::*>>{
+           {"long", &RedrawOptions::longFile}, {"window", &RedrawOptions::window},
+           {"ymin", &RedrawOptions::ymin},     {"ymax", &RedrawOptions::ymax},
+           {"from", &RedrawOptions::from},     {"to", &RedrawOptions::to},
+           {"svg", &RedrawOptions::svg},       {"pdf", &RedrawOptions::pdf},
+           {"png", &RedrawOptions::png},       {"shapes", &RedrawOptions::shapes}})
+    table.push_back({name, 1, [&o, member](const std::vector<std::string>& v) {
+                       o.*member = v[0];
+                       return std::string();
+                     }});
+  for (const auto& [name, member] : std::initializer_list<std::pair<const char*, bool RedrawOptions::*>>{
+           {"cpg", &RedrawOptions::cpg},
+           {"default-format", &RedrawOptions::defaultFormat},
+           {"no-maxmin", &RedrawOptions::noMaxMin},
+           {"no-max-h0", &RedrawOptions::noMaxH0},
+           {"moving-average", &RedrawOptions::movingAverage}})
+    table.push_back({name, 0, [&o, member](const std::vector<std::string>&) {
+                       o.*member = true;
+                       return std::string();
+                     }});
+  table.push_back({"size", 1, [&o](const std::vector<std::string>& v) {
+                     const std::string& size = v[0];
+                     auto x = size.find_first_of("xX");
+                     if (x == std::string::npos || x == 0 || x + 1 == size.size())
+                       return "--size needs WIDTHxHEIGHT, such as 800x600, not '" + size + "'";
+                     o.width = size.substr(0, x);
+                     o.height = size.substr(x + 1);
+                     return std::string();
+                   }});
+  table.push_back({"mean-sd", 1, [&o](const std::vector<std::string>& v) {
+                     o.meanSd = v[0];
+                     return oneOf("mean-sd", v[0], {"random", "observed", "symmetric"});
+                   }});
+  table.push_back({"unit", 1, [&o](const std::vector<std::string>& v) {
+                     o.unit = v[0];
+                     return oneOf("unit", v[0], {"frequency", "number"});
+                   }});
+
+  CommandLine line;
+  if (!parseCommandLine(args, table, line, error)) return false;
+  o.help = line.help;
+  o.version = line.version;
+  if (o.help || o.version) return true;
+  if (!checkOperands(line.operands, {"RESULT"}, error)) return false;
+  o.result = line.operands[0];
   for (const auto* path : {&o.svg, &o.pdf, &o.png}) {
     plots::ImageFormat format;
     if (*path && **path != "-" && !plots::formatOfPath(**path, &format)) {
@@ -192,29 +153,15 @@ bool isResultFile(const std::string& path) {
   return isResultHead(reader.readLine());
 }
 
-bool writeText(const std::string& path, const std::string& text, std::string* error) {
-  std::FILE* f = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
-  if (!f) {
-    *error = "cannot write " + path;
-    return false;
-  }
-  bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-  ok = (path == "-" ? std::fflush(f) == 0 : std::fclose(f) == 0) && ok;
-  if (!ok) *error = "cannot write " + path;
-  return ok;
-}
 
 }  // namespace
 
-int runRedraw(const std::vector<std::string>& args) {
+int runRedraw(const std::vector<std::string>& args, const Console& console) {
   RedrawOptions o;
   std::string error;
-  if (!parse(args, o, &error)) return usage(error);
-  if (o.help) {
-    std::fputs(kRedrawHelp, stdout);
-    std::fflush(stdout);
-    return kExitOk;
-  }
+  if (!parse(args, o, &error)) return usageError(console, error, "redraw");
+  if (o.help || o.version) return helpOrVersion(console, o.help, kRedrawHelp);
+  auto bad = [&console](std::string_view text) { return badInput(console, text); };
   for (const auto* path : {&o.longFile, &o.result}) {
     if (*path && !canReadFile(**path, &error)) return bad("cannot read " + **path + ": " + error);
   }
@@ -283,7 +230,7 @@ int runRedraw(const std::vector<std::string>& args) {
   Graph(st, form);
 
   int status = kExitOk;
-  if (o.shapes && !writeText(*o.shapes, plots::shapesText(st.pct.get(), form), &error)) status = bad(error);
+  if (o.shapes && !writeOutput(console, *o.shapes, plots::shapesText(st.pct.get(), form), &error)) status = bad(error);
   const std::pair<const std::optional<std::string>*, plots::ImageFormat> pictures[] = {
       {&o.svg, plots::ImageFormat::Svg}, {&o.pdf, plots::ImageFormat::Pdf}, {&o.png, plots::ImageFormat::Png}};
   for (const auto& [path, format] : pictures) {
@@ -292,7 +239,7 @@ int runRedraw(const std::vector<std::string>& args) {
       status = bad("nothing to draw (no bases or window size 0): " + **path + " was not written");
       continue;
     }
-    if (!plots::writePicture(*st.pct, format, **path, &error)) status = bad(error);
+    if (!writePictureOutput(console, *st.pct, format, **path, &error)) status = bad(error);
   }
   return status;
 }

@@ -38,19 +38,25 @@ TEST(Program, CommandHelpNeedsNoFiles) {
 TEST(Program, UsageErrorsExitTwoWithAPointerToHelp) {
   struct Case {
     std::vector<std::string> args;
-    std::string first;
+    std::string first, help;
   };
+  // the same words for the same mistake in every command, and its own --help
   const Case cases[] = {
-      {{}, "trelvane-cli: missing command"},
-      {{"comapre", "a", "b"}, "trelvane-cli: unknown command 'comapre'"},
-      {{"--verbose"}, "trelvane-cli: unrecognized option '--verbose'"},
-      {{"compare", "a.fa"}, "trelvane-cli: missing SHORT sequence file"},
-      {{"cpg", "a.fa", "--window"}, "trelvane-cli: option '--window' requires an argument"},
+      {{}, "trelvane-cli: missing command", "trelvane-cli"},
+      {{"comapre", "a", "b"}, "trelvane-cli: unknown command 'comapre'", "trelvane-cli"},
+      {{"--verbose"}, "trelvane-cli: unrecognized option '--verbose'", "trelvane-cli"},
+      {{"compare", "a.fa"}, "trelvane-cli: missing operand: SHORT", "trelvane-cli compare"},
+      {{"cpg", "a.fa", "--window"}, "trelvane-cli: option '--window' requires an argument", "trelvane-cli cpg"},
+      {{"redraw", "r.txt", "--verbose"}, "trelvane-cli: unrecognized option '--verbose'", "trelvane-cli redraw"},
+      {{"redraw", "r.txt", "s.txt"}, "trelvane-cli: extra operand 's.txt'", "trelvane-cli redraw"},
+      {{"check-update", "x"}, "trelvane-cli: extra operand 'x'", "trelvane-cli check-update"},
+      {{"check-update", "-v"}, "trelvane-cli: invalid option -- 'v'", "trelvane-cli check-update"},
+      {{"check-update", "--site"}, "trelvane-cli: option '--site' requires an argument", "trelvane-cli check-update"},
   };
   for (const Case& c : cases) {
     Captured r = runCli(c.args);
     EXPECT_EQ(r.status, 2) << c.first;
-    EXPECT_EQ(r.err, c.first + "\nTry 'trelvane-cli --help' for more information.\n");
+    EXPECT_EQ(r.err, c.first + "\nTry '" + c.help + " --help' for more information.\n");
     EXPECT_EQ(r.out, "");
   }
 }

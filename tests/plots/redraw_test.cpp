@@ -145,7 +145,7 @@ TEST_F(Redraw, ExitStatuses) {
       {{out("missing.result")}, 1, "cannot read"},
       {{notResult}, 1, "is not a Trelvane result file"},
       {{kGolden + "S2.result", "--long", out("missing.fa")}, 1, "cannot read"},
-      {{}, 2, "missing RESULT"},
+      {{}, 2, "missing operand: RESULT"},
       {{kGolden + "S2.result", kGolden + "S3.result"}, 2, "extra operand"},
       {{kGolden + "S2.result", "--bogus"}, 2, "unrecognized option '--bogus'"},
       {{kGolden + "S2.result", "--from"}, 2, "requires an argument"},
