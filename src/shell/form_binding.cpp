@@ -67,7 +67,7 @@ void FormBinding::plain(QPlainTextEdit* e, std::string Form::*f, Handler onChang
   });
 }
 
-void FormBinding::check(QAbstractButton* b, bool Form::*f, Handler onAction) {
+void FormBinding::button(QAbstractButton* b, bool Form::*f) {
   pushers_.push_back([this, b, f] {
     if (b->isChecked() != form_.*f) {
       QSignalBlocker block(b);
@@ -75,6 +75,10 @@ void FormBinding::check(QAbstractButton* b, bool Form::*f, Handler onAction) {
     }
   });
   checkPullers_.push_back([this, b, f] { form_.*f = b->isChecked(); });
+}
+
+void FormBinding::check(QAbstractButton* b, bool Form::*f, Handler onAction) {
+  button(b, f);
   // toggled, not clicked: a toggle through the accessibility interface is
   // no click, and must act as one.
   QObject::connect(b, &QAbstractButton::toggled, context_, [this, onAction] {
@@ -84,13 +88,7 @@ void FormBinding::check(QAbstractButton* b, bool Form::*f, Handler onAction) {
 }
 
 void FormBinding::radio(QAbstractButton* b, bool Form::*f, Handler onAction) {
-  pushers_.push_back([this, b, f] {
-    if (b->isChecked() != form_.*f) {
-      QSignalBlocker block(b);
-      b->setChecked(form_.*f);
-    }
-  });
-  checkPullers_.push_back([this, b, f] { form_.*f = b->isChecked(); });
+  button(b, f);
   // A click on the button already on is no action (the unit would be
   // converted twice); the partner turned off is none either.
   QObject::connect(b, &QAbstractButton::toggled, context_, [this, f, onAction](bool on) {

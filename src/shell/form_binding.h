@@ -49,6 +49,8 @@ class FormBinding {
   void refresh();
 
  private:
+  // The pusher and the puller of a check box or radio button.
+  void button(QAbstractButton* b, bool Form::*f);
   void pullChecks();
 
   QObject* context_;

@@ -45,6 +45,12 @@ QString elided(const QWidget* w, const QString& text, int width) {
   return w->fontMetrics().elidedText(text, Qt::ElideRight, std::max(0, width));
 }
 
+void showElided(QWidget* w, const QString& full, int width, const std::function<void(const QString&)>& show) {
+  const QString shown = elided(w, full, width);
+  show(shown);
+  w->setToolTip(shown == full ? QString() : full);
+}
+
 ElidedLabel::ElidedLabel(const QString& text, QWidget* parent) : QLabel(parent) { setFullText(text); }
 
 void ElidedLabel::setFullText(const QString& text) {
@@ -57,11 +63,7 @@ void ElidedLabel::resizeEvent(QResizeEvent* event) {
   fit();
 }
 
-void ElidedLabel::fit() {
-  const QString shown = elided(this, full_, contentsRect().width());
-  if (text() != shown) setText(shown);
-  setToolTip(shown == full_ ? QString() : full_);
-}
+void ElidedLabel::fit() { showElided(this, full_, contentsRect().width(), [this](const QString& t) { setText(t); }); }
 
 DropBox::DropBox(const QString& title, QWidget* parent) : QGroupBox(title, parent), full_(title) {
   setAcceptDrops(true);
@@ -79,9 +81,7 @@ void DropBox::resizeEvent(QResizeEvent* event) {
 
 void DropBox::fit() {
   // The title stands over the frame, a few pixels in from either side.
-  const QString shown = elided(this, full_, width() - 16);
-  if (title() != shown) setTitle(shown);
-  setToolTip(shown == full_ ? QString() : full_);
+  showElided(this, full_, width() - 16, [this](const QString& t) { setTitle(t); });
 }
 
 std::optional<QString> DropBox::droppedFile(const QMimeData* mime) {

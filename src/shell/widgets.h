@@ -40,6 +40,9 @@ class FieldValidator : public QValidator {
 // A text shown whole where it fits, else cut at its right end with "...":
 // the whole text is then the widget's tooltip.
 QString elided(const QWidget* w, const QString& text, int width);
+// Shows text elided to width through show, the whole text in w's tooltip
+// where it was cut.
+void showElided(QWidget* w, const QString& full, int width, const std::function<void(const QString&)>& show);
 
 // A one-line label whose text never runs past it (Message): elided, whole in
 // its tooltip, again at each resize.

@@ -14,7 +14,19 @@ namespace {
 
 constexpr uint64_t kLimit = uint64_t{3} << 30;
 
-using MemoryLimit = ShellTest;
+class MemoryLimit : public ShellTest {
+ protected:
+  // The example at window size ws, run to its end.
+  void runExample(const char* ws) {
+    w().runSeed = [] { return uint64_t{1}; };
+    choose(0, examplePath("HUMHBB.fa"));
+    choose(1, examplePath("V00508.fa"));
+    typeInto("EFWS", ws);
+    leave("EFWS");
+    w().PBRUN_Action();
+    ASSERT_TRUE(waitFor([&] { return !w().state().running && w().PBRUN->text() == "Run"; }));
+  }
+};
 
 // The example at a window of 255 with the default threshold would list
 // hundreds of gigabytes; the bound taken from the process's limit ends the
@@ -22,15 +34,9 @@ using MemoryLimit = ShellTest;
 TEST_F(MemoryLimit, AWideWindowEndsCleanlyWithinTheProcessLimit) {
   ASSERT_EQ(usableMemory(), kLimit);
   EXPECT_EQ(runTextLimit(), kLimit / 16);
-  w().runSeed = [] { return uint64_t{1}; };
   bool warned = false;
   w().confirmRun = [&](const std::string&) { return warned = true; };
-  choose(0, examplePath("HUMHBB.fa"));
-  choose(1, examplePath("V00508.fa"));
-  typeInto("EFWS", "255");
-  leave("EFWS");
-  w().PBRUN_Action();
-  ASSERT_TRUE(waitFor([&] { return !w().state().running && w().PBRUN->text() == "Run"; }));
+  runExample("255");
   EXPECT_TRUE(warned);
   EXPECT_EQ(w().form().Message.rfind("The listing and rows outgrew 192 MB", 0), 0u) << w().form().Message;
   EXPECT_LE(w().Results->toPlainText().size(), static_cast<qsizetype>(kResultsShown + 4096));
@@ -41,22 +47,13 @@ TEST_F(MemoryLimit, AWideWindowEndsCleanlyWithinTheProcessLimit) {
 // an allocation fails, on the scan's threads or the run's own, the run ends
 // with "Out of memory" and the program goes on.
 TEST_F(MemoryLimit, OutOfMemoryOnAnyThreadEndsTheRun) {
-  w().runSeed = [] { return uint64_t{1}; };
   w().confirmRun = [](const std::string&) { return true; };
   w().textLimit = uint64_t{1} << 40;
-  choose(0, examplePath("HUMHBB.fa"));
-  choose(1, examplePath("V00508.fa"));
-  typeInto("EFWS", "255");
-  leave("EFWS");
-  w().PBRUN_Action();
-  ASSERT_TRUE(waitFor([&] { return !w().state().running && w().PBRUN->text() == "Run"; }));
+  runExample("255");
   EXPECT_EQ(w().form().Message,
             "Out of memory: raise the listing's identities threshold (now 20) or narrow the analysis range");
   // and the next run works
-  typeInto("EFWS", "30");
-  leave("EFWS");
-  w().PBRUN_Action();
-  ASSERT_TRUE(waitFor([&] { return !w().state().running && w().PBRUN->text() == "Run"; }));
+  runExample("30");
   EXPECT_EQ(w().form().Message, "End...");
 }
 
