@@ -14,7 +14,7 @@
 
 #include "engine/run.h"
 #include "engine/scan_kernels.h"
-#include "engine/state.h"
+#include "state/state.h"
 #include "platform/numtext.h"
 
 namespace trelvane {

@@ -11,16 +11,16 @@
 #include <utility>
 #include <vector>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "cli/cli.h"
 #include "cli/commands.h"
 #include "cli/console_host.h"
 #include "cli/interrupt.h"
 #include "cli/options.h"
 #include "plots/picture_qt.h"
-#include "engine/form.h"
+#include "state/form.h"
 #include "engine/run.h"
-#include "engine/state.h"
+#include "state/state.h"
 #include "platform/linereader.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "cli/console.h"
-#include "engine/form.h"
+#include "state/form.h"
 #include "engine/run.h"
-#include "engine/state.h"
+#include "state/state.h"
 
 namespace trelvane::cli {
 

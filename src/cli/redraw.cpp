@@ -6,13 +6,13 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "plots/picture_qt.h"
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "input/panel.h"
 #include "input/result_reader.h"
 #include "input/text_fields.h"

@@ -1,5 +1,5 @@
 // cpg_scan.cpp -- the CpG scan: CpG dinucleotides counted in the window at each position.
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "engine/scan.h"
 #include "platform/numtext.h"
 

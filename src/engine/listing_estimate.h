@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "engine/run.h"
-#include "engine/state.h"
+#include "state/state.h"
 
 namespace trelvane {
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "engine/scan.h"
 #include "platform/numtext.h"
 

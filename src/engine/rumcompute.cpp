@@ -2,7 +2,7 @@
 #include <new>
 #include <thread>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "engine/run.h"
 #include "engine/scan_tester.h"
 #include "engine/scan.h"

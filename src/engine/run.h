@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 
 namespace trelvane {
 

@@ -13,7 +13,7 @@
 #include "engine/rowbuffer.h"
 #include "engine/run.h"
 #include "engine/scan_kernels.h"
-#include "engine/state.h"
+#include "state/state.h"
 #include "platform/memoryblock.h"
 
 namespace trelvane {

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "engine/scan.h"
 #include "platform/numtext.h"
 

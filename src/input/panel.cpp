@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "input/result_reader.h"
 #include "input/sequence_reader.h"
 #include "platform/linereader.h"

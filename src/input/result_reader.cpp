@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "input/sequence_reader.h"
 #include "platform/linereader.h"
 #include "platform/numtext.h"

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 
 namespace trelvane {
 

@@ -1,8 +1,8 @@
 // entry.h -- the rules of the two aligned-sequence fields and of PupModel on the Model tab.
 #pragma once
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 
 namespace trelvane {
 

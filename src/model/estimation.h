@@ -1,8 +1,8 @@
 // estimation.h -- the Apply button of the Model tab: matrice from two aligned texts, and its grid.
 #pragma once
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 
 namespace trelvane {
 

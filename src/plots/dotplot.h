@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "plots/picture.h"
 
 namespace trelvane::plots {

@@ -8,7 +8,7 @@
 #include <limits>
 #include <memory>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "platform/numtext.h"
 #include "plots/picture.h"
 

@@ -1,8 +1,8 @@
 // graph.h -- Graph: the identity profile of the comparison as a picture of shapes.
 #pragma once
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 
 namespace trelvane {
 

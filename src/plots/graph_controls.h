@@ -1,8 +1,8 @@
 // graph_controls.h -- the handlers of the Graphic and Pref tabs: when Graph runs, unit and size fields.
 #pragma once
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 
 namespace trelvane {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "engine/form.h"
+#include "state/form.h"
 #include "plots/picture.h"
 
 namespace trelvane::plots {

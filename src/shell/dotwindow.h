@@ -6,8 +6,8 @@
 
 #include <memory>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "plots/picture.h"
 
 class QPushButton;

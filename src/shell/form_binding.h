@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/form.h"
+#include "state/form.h"
 
 class QAbstractButton;
 class QLabel;

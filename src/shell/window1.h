@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "input/panel.h"
 #include "shell/controls.h"
 #include "shell/form_binding.h"

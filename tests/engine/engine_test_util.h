@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "engine/run.h"
-#include "engine/state.h"
+#include "state/state.h"
 
 // The tests give RunSettings by designated fields and leave resultPath to its
 // default; GCC 12 would warn about every such initializer.

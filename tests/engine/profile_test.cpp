@@ -1,7 +1,7 @@
 // profile_test.cpp -- profile byte encoding and decoding, and the filled start of m2.
 #include <gtest/gtest.h>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "engine_test_util.h"
 
 namespace trelvane {

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <random>
 
-#include "engine/profile.h"
+#include "state/profile.h"
 #include "engine_test_util.h"
 #include "platform/numtext.h"
 

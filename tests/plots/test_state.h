@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "plots/picture.h"
 
 namespace trelvane::testing {

@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <string>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "input/panel.h"
 #include "robustness_util.h"
 

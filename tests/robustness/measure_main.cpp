@@ -12,8 +12,8 @@
 #include <functional>
 #include <string>
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "input/panel.h"
 #include "plots/dotplot.h"
 #include "plots/graph.h"

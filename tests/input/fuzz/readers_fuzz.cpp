@@ -1,8 +1,8 @@
 // readers_fuzz.cpp -- the readers on bytes from memory, with the rules their state keeps.
 #include "readers_fuzz.h"
 
-#include "engine/form.h"
-#include "engine/state.h"
+#include "state/form.h"
+#include "state/state.h"
 #include "input/result_reader.h"
 #include "input/sequence_reader.h"
 #include "platform/linereader.h"

@@ -1,5 +1,5 @@
 // profile.cpp -- the result file's signature, the profile bytes' encoding and decoding, and the filling of m2's start.
-#include "engine/profile.h"
+#include "state/profile.h"
 
 #include <cmath>
 #include <string>

@@ -1,5 +1,5 @@
 // state.cpp -- construction and open event of the comparison state.
-#include "engine/state.h"
+#include "state/state.h"
 
 namespace trelvane {
 
