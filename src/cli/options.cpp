@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "engine/scan_kernels.h"
+#include "engine/kernels/scan_kernels.h"
 
 namespace trelvane::cli {
 namespace {

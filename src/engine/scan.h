@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/kernels/scan_kernels.h"
 #include "engine/rowbuffer.h"
 #include "engine/run.h"
-#include "engine/scan_kernels.h"
 #include "engine/state.h"
 #include "platform/memoryblock.h"
 
@@ -23,17 +23,6 @@ inline constexpr char TAB = '\t';
 
 // The letter of a base code; a byte above 4 is no base and reads as N.
 inline char letterOf(uint8_t code) { return code <= 4 ? kLetters[code] : 'N'; }
-
-// matrice by columns: byLong[l][s] is the cell of shortest base s against
-// longest base l. A column has 256 entries so that any byte indexes it, and
-// bytes above 4 score 0 on either side, as N does.
-struct CellTable {
-  explicit CellTable(const float (&matrice)[5][5]);
-  const float* column(uint8_t l) const { return byLong[l <= 4 ? l : 0]; }
-  float cell(uint8_t s, uint8_t l) const { return column(l)[s]; }
-
-  float byLong[5][256] = {};
-};
 
 // Running sums of a series of best scores, every step in Single.
 struct ScoreSums {

@@ -9,11 +9,6 @@
 
 namespace trelvane {
 
-CellTable::CellTable(const float (&matrice)[5][5]) {
-  for (int l = 0; l < 5; ++l)
-    for (int s = 0; s < 5; ++s) byLong[l][s] = matrice[s][l];
-}
-
 bool hasN(const uint8_t* win, int32_t W) {
   return W > 0 && std::memchr(win, 0, static_cast<std::size_t>(W)) != nullptr;
 }

@@ -11,7 +11,7 @@
 
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
-#include "engine/scan_kernels.h"
+#include "engine/kernels/scan_kernels.h"
 #include "engine/scan_tester.h"
 #include "engine_test_util.h"
 
