@@ -3,15 +3,16 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "engine/kernels/scan_kernels.h"
 
-// Each variant's file defines its lane operations (an Ops struct, below) in
-// an unnamed namespace and instantiates RowKernels<Ops> with them, compiled
-// with that instruction set's flags alone. A template over a type of internal
-// linkage has internal linkage too, and the helpers here are static, so no
-// copy built for one set can stand in for another at link time.
+// Each variant's file defines its lane operations (an Ops struct, below) and
+// instantiates RowKernels<Ops> with them, compiled with that instruction
+// set's flags alone. Everything here but the variants' tables lies in an
+// unnamed namespace, the including file's own, so that no copy built for one
+// set can stand in for another at link time.
 //
 // What an Ops struct gives:
 //   Score             the type of a score (float)
@@ -44,14 +45,59 @@
 //                     lanes one start on, lane 0 from the lower word
 //   atLeast(v, l)     the lanes v >= l as bits, false for a not-a-number
 //   equal(v, m)       the lanes v == m as bits, false for a not-a-number
+// FloatLanes below gives Score to kBlockLanes, splat, the loads and stores,
+// add and sub for Single scores; a lane set of integers would be an Ops of
+// its own, and the algorithm the same.
 namespace trelvane::kernels {
+
+namespace {
+
+// lanes Singles: float, or the compiler's vector of them (the type of
+// __m128, __m256 and __m512, with which it converts freely), on which + and
+// - work lane by lane.
+template <int lanes>
+struct FloatVector {
+  typedef float type __attribute__((vector_size(4 * lanes), may_alias));
+};
+template <>
+struct FloatVector<1> {
+  using type = float;
+};
+
+// What every lane set of Single scores shares, written once. A lane set's
+// Ops derives from it, adds the rest, and replaces what its instruction set
+// does better.
+template <int lanes, int blockLanes>
+struct FloatLanes {
+  using Score = float;
+  using Vec = typename FloatVector<lanes>::type;
+  static constexpr int kLanes = lanes;
+  static constexpr int kBlockLanes = blockLanes;
+
+  // x - 0 is x for every x, -0 and not-a-number too: a broadcast.
+  static Vec splat(float x) { return x - Vec{}; }
+  static Vec loadAny(const float* p) {
+    Vec v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+  }
+  static Vec load(const float* p) { return loadAny(p); }
+  static void store(float* p, Vec v) { std::memcpy(p, &v, sizeof v); }
+  static void storeBlock(float* p, Vec v)
+    requires(lanes == blockLanes)
+  {
+    store(p, v);
+  }
+  static Vec add(Vec a, Vec b) { return a + b; }
+  static Vec sub(Vec a, Vec b) { return a - b; }
+};
 
 // Whether an Ops struct loads part of a vector.
 template <class Ops>
 concept PartialLoads = requires(const typename Ops::Score* p) { Ops::loadFirst(p, int64_t{1}); };
 
 // pattern, every `period` bits of a word.
-static constexpr uint64_t repeated(uint64_t pattern, int period) {
+constexpr uint64_t repeated(uint64_t pattern, int period) {
   uint64_t m = 0;
   for (int at = 0; at < 64; at += period) m |= pattern << at;
   return m;
@@ -60,7 +106,7 @@ static constexpr uint64_t repeated(uint64_t pattern, int period) {
 // Bits one every kApart packed side by side: runs of kWidth bits, joined in
 // pairs until one run is left.
 template <int kApart, int kWidth = 1>
-static inline uint64_t packed(uint64_t bits) {
+inline uint64_t packed(uint64_t bits) {
   if constexpr (kApart * kWidth >= 64) {
     return bits;
   } else {
@@ -72,7 +118,7 @@ static inline uint64_t packed(uint64_t bits) {
 // One bit a block, side by side, from the lanes of successive blocks
 // (kBlockLanes bits each): whether any of the block's lanes is set.
 template <int kBlockLanes>
-static inline uint64_t anyLaneOfBlocks(uint64_t lanes) {
+inline uint64_t anyLaneOfBlocks(uint64_t lanes) {
   if constexpr (kBlockLanes == 1) {
     return lanes;
   } else {
@@ -89,7 +135,7 @@ static inline uint64_t anyLaneOfBlocks(uint64_t lanes) {
 // The masks of n words, each already at its shift, joined in a tree instead
 // of one long chain.
 template <int n>
-[[gnu::always_inline]] static inline uint64_t joined(const uint64_t* m) {
+[[gnu::always_inline]] inline uint64_t joined(const uint64_t* m) {
   if constexpr (n == 1) return m[0];
   else return joined<n / 2>(m) | joined<n / 2>(m + n / 2);
 }
@@ -100,8 +146,9 @@ struct RowKernels {
   using Vec = typename Ops::Vec;
   static constexpr int64_t L = Ops::kLanes;
   static constexpr int64_t BL = Ops::kBlockLanes;
-  // -infinity: no score
-  static constexpr Score kNone = -std::numeric_limits<Score>::infinity();
+  // no score: -infinity (or the lowest value of an integer lane)
+  static constexpr Score kNone = std::numeric_limits<Score>::has_infinity ? -std::numeric_limits<Score>::infinity()
+                                                                          : std::numeric_limits<Score>::lowest();
   static_assert(L >= 1 && (L & (L - 1)) == 0 && kScanBlock % (2 * L) == 0);
   static_assert(L % BL == 0 && BL <= kBlockMaxLanes && kMatchSpan % L == 0 && 64 % BL == 0);
   static_assert(PartialLoads<Ops> || BL == L, "a vector of several blocks needs part loads for the last");
@@ -290,6 +337,8 @@ constexpr ScanKernel kernelTable(const char* name) {
   using K = RowKernels<Ops>;
   return {name, Ops::kLanes, Ops::kBlockLanes, &K::advanceSpan, &K::blocksMax, &K::blockCandidates, &K::blockMatch};
 }
+
+}  // namespace
 
 // The variants, each defined in a file of its own with its own flags.
 extern const ScanKernel kGenericKernel;

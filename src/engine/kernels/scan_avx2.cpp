@@ -9,25 +9,11 @@ namespace trelvane::kernels {
 
 namespace {
 
-struct Avx2Ops {
-  using Score = float;
-  using Vec = __m256;
-  static constexpr int kLanes = 8;
-  static constexpr int kBlockLanes = 8;
-
-  static Vec splat(float x) { return _mm256_set1_ps(x); }
+struct Avx2Ops : FloatLanes<8, 8> {
   static Vec edgeLane(float x) {
     const float none = -INFINITY;
     return _mm256_setr_ps(x, none, none, none, none, none, none, none);
   }
-  // A group's column and row lie on whole 32-byte words (the rows start on
-  // 64-byte boundaries and ScanColumns places its columns so).
-  static Vec load(const float* p) { return _mm256_loadu_ps(p); }
-  static Vec loadAny(const float* p) { return _mm256_loadu_ps(p); }
-  static void store(float* p, Vec v) { _mm256_storeu_ps(p, v); }
-  static void storeBlock(float* p, Vec v) { _mm256_storeu_ps(p, v); }
-  static Vec add(Vec a, Vec b) { return _mm256_add_ps(a, b); }
-  static Vec sub(Vec a, Vec b) { return _mm256_sub_ps(a, b); }
   // max_ps gives its second operand where either is not a number.
   static Vec max(Vec s, Vec acc) { return _mm256_max_ps(s, acc); }
   static float greatest(Vec v) {

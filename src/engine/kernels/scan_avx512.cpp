@@ -19,20 +19,13 @@ namespace trelvane::kernels {
 
 namespace {
 
-struct Avx512Ops {
-  using Score = float;
-  using Vec = __m512;
-  static constexpr int kLanes = 16;
-  // a block in blockmax: the two halves of its lanes folded, lane x the
-  // greater of lanes x and x + 8
-  static constexpr int kBlockLanes = 8;
-
-  static Vec splat(float x) { return _mm512_set1_ps(x); }
+// A block in blockmax: the two halves of its lanes folded, lane x the
+// greater of lanes x and x + 8.
+struct Avx512Ops : FloatLanes<16, 8> {
   static Vec edgeLane(float x) { return _mm512_mask_mov_ps(_mm512_set1_ps(-INFINITY), 1, _mm512_set1_ps(x)); }
   // A group's column and row lie on whole 64-byte lines (the rows start on
   // 64-byte boundaries and ScanColumns places its columns so).
   static Vec load(const float* p) { return _mm512_load_ps(p); }
-  static Vec loadAny(const float* p) { return _mm512_loadu_ps(p); }
   static Vec loadFirst(const float* p, int64_t n) {
     return _mm512_mask_loadu_ps(_mm512_set1_ps(NAN), static_cast<__mmask16>((1u << n) - 1), p);
   }
@@ -40,8 +33,6 @@ struct Avx512Ops {
   static void storeBlock(float* p, Vec v) {
     _mm256_storeu_ps(p, _mm256_max_ps(_mm512_castps512_ps256(v), _mm512_extractf32x8_ps(v, 1)));
   }
-  static Vec add(Vec a, Vec b) { return _mm512_add_ps(a, b); }
-  static Vec sub(Vec a, Vec b) { return _mm512_sub_ps(a, b); }
   // max_ps gives its second operand where either is not a number.
   static Vec max(Vec s, Vec acc) { return _mm512_max_ps(s, acc); }
   static float greatest(Vec v) { return _mm512_reduce_max_ps(v); }

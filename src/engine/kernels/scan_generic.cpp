@@ -5,20 +5,8 @@ namespace trelvane::kernels {
 
 namespace {
 
-struct GenericOps {
-  using Score = float;
-  using Vec = float;
-  static constexpr int kLanes = 1;
-  static constexpr int kBlockLanes = 1;
-
-  static float splat(float x) { return x; }
+struct GenericOps : FloatLanes<1, 1> {
   static float edgeLane(float x) { return x; }
-  static float load(const float* p) { return *p; }
-  static float loadAny(const float* p) { return *p; }
-  static void store(float* p, float v) { *p = v; }
-  static void storeBlock(float* p, float v) { *p = v; }
-  static float add(float a, float b) { return a + b; }
-  static float sub(float a, float b) { return a - b; }
   static float max(float s, float acc) { return s > acc ? s : acc; }
   static float greatest(float v) { return v; }
   // A word is one start: the shift takes the lower word whole.

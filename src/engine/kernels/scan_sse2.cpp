@@ -9,20 +9,8 @@ namespace trelvane::kernels {
 
 namespace {
 
-struct Sse2Ops {
-  using Score = float;
-  using Vec = __m128;
-  static constexpr int kLanes = 4;
-  static constexpr int kBlockLanes = 4;
-
-  static Vec splat(float x) { return _mm_set1_ps(x); }
+struct Sse2Ops : FloatLanes<4, 4> {
   static Vec edgeLane(float x) { return _mm_setr_ps(x, -INFINITY, -INFINITY, -INFINITY); }
-  static Vec load(const float* p) { return _mm_loadu_ps(p); }
-  static Vec loadAny(const float* p) { return _mm_loadu_ps(p); }
-  static void store(float* p, Vec v) { _mm_storeu_ps(p, v); }
-  static void storeBlock(float* p, Vec v) { _mm_storeu_ps(p, v); }
-  static Vec add(Vec a, Vec b) { return _mm_add_ps(a, b); }
-  static Vec sub(Vec a, Vec b) { return _mm_sub_ps(a, b); }
   // max_ps gives its second operand where either is not a number.
   static Vec max(Vec s, Vec acc) { return _mm_max_ps(s, acc); }
   static float greatest(Vec v) {
