@@ -13,6 +13,7 @@
 #include "engine/kernels/scan_kernels.h"
 #include "engine/rowbuffer.h"
 #include "engine/run.h"
+#include "engine/scan_texts.h"
 #include "engine/state.h"
 #include "platform/memoryblock.h"
 
@@ -49,17 +50,6 @@ struct ScanTailEnd {
 // Ends the worker's thread and frees it (defined where the worker is).
 struct H0WorkerEnd {
   void operator()(H0Worker* w) const;
-};
-
-// Str of a Single, kept for the next call: neighbouring positions often
-// share their best score.
-class ScoreTexts {
- public:
-  std::string_view of(float s);
-
- private:
-  std::optional<std::string> text_;
-  uint32_t bits_ = 0;
 };
 
 // Everything one run of rumcompute holds between its stages.
@@ -115,7 +105,7 @@ struct RunContext {
   alignas(64) const ScanKernel* kernel = nullptr;
   std::optional<ScanColumns> columns;
   // the end of the scan along the longest sequence, which the random
-  // expectation's thread takes over once its own work is done
+  // expectation's thread takes over once its own work is done (scan_tail.h)
   std::unique_ptr<ScanTail, ScanTailEnd> scanTail;
   std::unique_ptr<H0Worker, H0WorkerEnd> h0worker;  // last: it ends before what it reads goes
 
@@ -161,28 +151,6 @@ float fullScoreFromZero(const uint8_t* shortWin, const uint8_t* longWin, int32_t
 void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W,
                 const float* leaving, const float* entering);
 
-// The pieces of a position of the substitution scan, shared by its drivers.
-void appendStart(std::string& tielist, int64_t j);
-void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin);
-// The same alignment appended to r, m1 the shortest sequence.
-void alignmentText(std::string& r, const uint8_t* m1, int32_t W, int64_t j, int64_t i, const uint8_t* longWin);
-// A position's row with its profile (m2 and the sums): a scored row with the
-// tie list, or an N row.
-void scoredRow(RunContext& c, int64_t i, uint8_t base, float s);
-void nRow(RunContext& c, int64_t i, uint8_t base);
-// scoredRow with the ties taken from stretch entries (j + 1 a tie, a negative
-// entry a listed start, passed over) instead of the tie list.
-void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
-                        uint32_t count);
-// The profile of a position alone, its row written apart: the sums take the
-// positions' scores in their order.
-void scoredProfile(RunContext& c, int64_t i, float s);
-void nProfile(RunContext& c, int64_t i);
-// The text of a row alone, appended to out: a part of the scan writes its
-// rows on its own thread, and they join the run's rows in their order.
-void scoredRowText(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s, const int64_t* entries,
-                   uint32_t count);
-void nRowText(std::string& out, int64_t i, uint8_t base);
 // The first position: every window pair scored in full, tested in rising order.
 void scoreFirstPosition(RunContext& c);
 // The progress step and the stop test of a position or a resampling: the
@@ -202,6 +170,7 @@ void appendSequenceText(std::string& report, std::string_view title, const Memor
 // Fills resampled from c's longest sequence and the run's seed. Called where
 // the random expectation starts: on its own thread it overlaps the first scan.
 void drawResampled(const RunContext& c, MemoryBlock& resampled);
+// The substitution scan with the scalar kernel: the reference (scan_scalar.cpp).
 void substitutionScan(RunContext& c);
 // The substitution scan with a fast row kernel over c.columns.
 void substitutionScanColumns(RunContext& c);

@@ -12,7 +12,7 @@
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
 #include "engine/kernels/scan_kernels.h"
-#include "engine/scan_tester.h"
+#include "engine/scan_tail.h"
 #include "engine_test_util.h"
 
 namespace trelvane {
