@@ -266,16 +266,17 @@ struct RowKernels {
     return Ops::greatest(Ops::max(a, a2));
   }
 
-  // See BlockCandidatesFn. The blocks go 64 / BL at a time: their lanes
-  // reaching lower fill one word (ordered: false for a not-a-number;
-  // -infinity stands for none), which then gives one bit a block.
+  // See BlockCandidatesFn. The 64 blocks of a word go 64 / BL at a time
+  // (BL times): their lanes reaching lower fill one word (ordered: false for
+  // a not-a-number; -infinity stands for none), which then gives one bit a
+  // block.
   static void blockCandidates(const Score* blockmax, int64_t blocks, Score lower, uint64_t* bits) {
     constexpr int64_t kBlocksAWord = 64 / BL;
     const Vec l = Ops::splat(lower);
     for (int64_t w = 0; w * 64 < blocks; ++w) {
       const int64_t end = std::min(blocks, w * 64 + 64);
       uint64_t word = 0;  // built in a register and stored once
-      for (int64_t b = w * 64; b < end; b += kBlocksAWord) {
+      for (int64_t c = 0, b = w * 64; c < BL && b < end; ++c, b += kBlocksAWord) {
         const Score* p = blockmax + b * BL;
         const int64_t n = std::min(kBlocksAWord, end - b) * BL;
         uint64_t lanes = 0;
