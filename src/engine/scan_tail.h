@@ -25,8 +25,8 @@ struct RunContext;
 //           arm(before), the part goes from before + 1 to lastpos.
 //   commit  the tester of the last part, before computing each batch:
 //           commit(i, n) tells how many of the n positions from i it may
-//           test. What it has committed to is never taken; the batch it was
-//           refused is the end of its part.
+//           test. What it has committed to is never taken; where it is
+//           given fewer than n, its part ends there.
 //   steal   the random expectation's thread, its own work done:
 //           takeScanTail waits for the arm, takes about half of what the
 //           tester has not committed to (its repeat of the positions before
