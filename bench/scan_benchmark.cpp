@@ -4,6 +4,8 @@
 // starts of the shortest sequence, both scans together, per wall second).
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 
 #include <fstream>
@@ -11,9 +13,11 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "engine/run.h"
-#include "engine/scan_kernels.h"
+#include "engine/scan.h"
+#include "engine/scan_batch.h"
 #include "state/state.h"
 #include "platform/numtext.h"
 
@@ -151,6 +155,136 @@ BENCHMARK(BM_Example)
     ->Args({1, 2})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+
+// The row kernels alone, every variant this processor has (the CLI's
+// --kernel names), on random sequences scored with the identity matrix as a
+// run scores them: W = 30, the rows of successive positions of a longest
+// sequence of 4,096 bases (then again from its first position).
+struct KernelInputs {
+  static constexpr int32_t W = 30;
+  static constexpr int64_t kPositions = 4096;
+
+  explicit KernelInputs(int64_t lastshort)
+      : lastshort(lastshort), cells(identity()), m1(static_cast<std::size_t>(lastshort + W) + 100, 0),
+        m0(static_cast<std::size_t>(kPositions + W) + 100, 0), cols(cells, m1.data(), lastshort + W, W),
+        first(static_cast<std::size_t>(lastshort) + 1) {
+    std::mt19937_64 gen(static_cast<uint64_t>(lastshort));
+    for (int64_t j = 0; j < lastshort + W; ++j) m1[j] = static_cast<uint8_t>(1 + gen() % 4);
+    for (int64_t i = 0; i < kPositions + W; ++i) m0[i] = static_cast<uint8_t>(1 + gen() % 4);
+    for (int64_t j = 0; j <= lastshort; ++j) first[j] = fullScoreFromFirst(m1.data() + j, m0.data(), W, cells);
+    for (int64_t i = 0; i < kPositions; ++i) {
+      leave.push_back(cols.leave(m0[i]));
+      enter.push_back(cols.enter(m0[i + W]));
+      starts.push_back(fullScoreFromFirst(m1.data(), m0.data() + i + 1, W, cells));
+    }
+  }
+  static CellTable identity() {
+    float matrice[5][5] = {};
+    for (int b = 1; b < 5; ++b) matrice[b][b] = 1.0f;
+    return CellTable(matrice);
+  }
+
+  int64_t lastshort;
+  CellTable cells;
+  std::vector<uint8_t> m1, m0;
+  ScanColumns cols;
+  ScoreRow first;  // the scores at position 0
+  // position i + 1: its columns and its score at start 0
+  std::vector<const float*> leave, enter;
+  std::vector<float> starts;
+};
+
+// One step over a row of starts (in the level-1 cache), as one call.
+void BM_KernelSpan(benchmark::State& state, const ScanKernel* k) {
+  const KernelInputs in(state.range(0));
+  ScoreRow a = in.first, b = in.first;
+  std::vector<float> blockmax(static_cast<std::size_t>((scanBlockCount(in.lastshort) + 1) * kBlockMaxLanes));
+  int64_t i = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        k->advanceSpan(a.data(), b.data(), 1, in.lastshort, in.leave[i], in.enter[i], blockmax.data()));
+    std::swap(a, b);
+    if (++i == KernelInputs::kPositions) i = 0;
+  }
+  state.counters["cells_per_second"] = benchmark::Counter(static_cast<double>(in.lastshort),
+                                                          benchmark::Counter::kIsIterationInvariantRate);
+}
+
+// The steps of a batch as the scans take them: keep:0 every row, keep:1 the
+// best only (the random expectation), keep:2 the candidates of a listing
+// from 20 identities up (the scan with ties).
+void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
+  const KernelInputs in(state.range(1));
+  const auto keep = std::array{RowBatch::Keep::kRows, RowBatch::Keep::kBestOnly,
+                               RowBatch::Keep::kCandidates}[static_cast<std::size_t>(state.range(0))];
+  RowBatch batch(*k, in.lastshort, keep, 20.0f);
+  const int n = batch.steps();
+  int64_t i = KernelInputs::kPositions;
+  float best = 0;
+  for (auto _ : state) {
+    if (i + n > KernelInputs::kPositions) {
+      std::copy(in.first.begin(), in.first.end(), batch.before());
+      i = 0;
+    }
+    batch.advance(n, in.leave.data() + i, in.enter.data() + i, in.starts.data() + i);
+    best = batch.best(n - 1) > best ? batch.best(n - 1) : best;
+    i += n;
+  }
+  benchmark::DoNotOptimize(best);
+  state.counters["cells_per_second"] = benchmark::Counter(static_cast<double>(in.lastshort) * n,
+                                                          benchmark::Counter::kIsIterationInvariantRate);
+}
+
+// The tests' kernels over the row of position 1 (blocks of 128 starts):
+// test:0 the greatest score of its blocks, test:1 the blocks that reach 20
+// identities, test:2 the ties and listed starts of every span of kMatchSpan
+// starts.
+void BM_KernelTests(benchmark::State& state, const ScanKernel* k) {
+  const KernelInputs in(state.range(1));
+  ScoreRow next = in.first;
+  const int64_t blocks = scanBlockCount(in.lastshort);
+  std::vector<float> blockmax(static_cast<std::size_t>((blocks + 1) * kBlockMaxLanes));
+  const float best =
+      k->advanceSpan(in.first.data(), next.data(), 1, in.lastshort, in.leave[0], in.enter[0], blockmax.data());
+  std::vector<uint64_t> bits(static_cast<std::size_t>(blocks / 64 + 1));
+  uint64_t seen = 0;
+  const int64_t test = state.range(0);
+  for (auto _ : state) {
+    if (test == 0) {
+      benchmark::DoNotOptimize(k->blocksMax(blockmax.data(), blocks));
+    } else if (test == 1) {
+      k->blockCandidates(blockmax.data(), blocks, 20.0f, bits.data());
+      seen += bits[0];
+    } else {
+      for (int64_t lo = 1; lo <= in.lastshort; lo += kMatchSpan) {
+        uint64_t ties, listed;
+        k->blockMatch(next.data(), lo, std::min(kMatchSpan, in.lastshort - lo + 1), best, 20.0f, &ties, &listed);
+        seen += ties ^ listed;
+      }
+    }
+  }
+  benchmark::DoNotOptimize(seen);
+  state.counters["starts_per_second"] = benchmark::Counter(static_cast<double>(in.lastshort),
+                                                           benchmark::Counter::kIsIterationInvariantRate);
+}
+
+const bool kernelBenchmarks = [] {
+  for (const ScanKernel& k : scanKernels()) {
+    if (k.isScalar()) continue;
+    const std::string name = k.name;
+    benchmark::RegisterBenchmark(("BM_KernelSpan/" + name).c_str(), BM_KernelSpan, &k)
+        ->ArgName("short")
+        ->Arg(1000)
+        ->Arg(4000);
+    benchmark::RegisterBenchmark(("BM_KernelBatch/" + name).c_str(), BM_KernelBatch, &k)
+        ->ArgNames({"keep", "short"})
+        ->ArgsProduct({{0, 1, 2}, {2000, 10000}});
+    benchmark::RegisterBenchmark(("BM_KernelTests/" + name).c_str(), BM_KernelTests, &k)
+        ->ArgNames({"test", "short"})
+        ->ArgsProduct({{0, 1, 2}, {2000, 10000}});
+  }
+  return true;
+}();
 
 // The text of a Single as the rows write their best scores: Str against the
 // exact 7-digit conversion that it falls back to, into a string as Str gives

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "cli/command_line.h"
-#include "engine/scan_kernels.h"
+#include "engine/kernels/scan_kernels.h"
 
 namespace trelvane::cli {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
-#include "engine/scan_tester.h"
+#include "engine/scan_tail.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
 
@@ -174,9 +174,7 @@ class H0Worker {
     publish(std::numeric_limits<int64_t>::max());
     // Then the end of the scan along the longest sequence, where enough of
     // it is left.
-    int64_t from, to;
-    if (c_.scanTail && !abort_ && c_.scanTail->steal(from, to, c_.lastshort))
-      testPart(c_, from, to, nullptr, c_.scanTail->queue());
+    if (!abort_) takeScanTail(c_);
   }
   void resample() {
     drawResampled(c_, resampled_);

@@ -4,8 +4,8 @@
 
 #include "state/profile.h"
 #include "engine/run.h"
-#include "engine/scan_tester.h"
 #include "engine/scan.h"
+#include "engine/scan_tail.h"
 #include "platform/memory.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
@@ -55,6 +55,17 @@ void RunContext::testTextLimit() const {
   if (s.textLimit == 0 || report.size() + rows.rowpos() <= s.textLimit) return;
   fail("The listing and rows outgrew " + bytesText(s.textLimit) +
        ", the most this machine's memory allows: " + remedy(s));
+}
+
+bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total) {
+  c.host.doEvents();
+  if (++counter >= progressstep) {
+    int32_t done = wrap32(static_cast<int64_t>(c.s.progressWidth) * units);
+    c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
+    counter = 0;
+  }
+  c.testTextLimit();
+  return c.stopAsked();
 }
 
 std::string outOfMemoryText(const RunSettings& s) {
@@ -185,10 +196,10 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
     if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W);
     c.threads = runThreads(s);
     if (c.threads >= 2) {
-      if (!c.kernel->isScalar()) c.scanTail.reset(new ScanTail(c.lastpos));
+      openScanTail(c);
       startH0(c);
     }
-    stage(substitutionScan);
+    stage(c.kernel->isScalar() ? substitutionScan : substitutionScanColumns);
     stage(h0Scan);
   }
 

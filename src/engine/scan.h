@@ -10,9 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/kernels/scan_kernels.h"
 #include "engine/rowbuffer.h"
 #include "engine/run.h"
-#include "engine/scan_kernels.h"
+#include "engine/scan_texts.h"
 #include "state/state.h"
 #include "platform/memoryblock.h"
 
@@ -23,17 +24,6 @@ inline constexpr char TAB = '\t';
 
 // The letter of a base code; a byte above 4 is no base and reads as N.
 inline char letterOf(uint8_t code) { return code <= 4 ? kLetters[code] : 'N'; }
-
-// matrice by columns: byLong[l][s] is the cell of shortest base s against
-// longest base l. A column has 256 entries so that any byte indexes it, and
-// bytes above 4 score 0 on either side, as N does.
-struct CellTable {
-  explicit CellTable(const float (&matrice)[5][5]);
-  const float* column(uint8_t l) const { return byLong[l <= 4 ? l : 0]; }
-  float cell(uint8_t s, uint8_t l) const { return column(l)[s]; }
-
-  float byLong[5][256] = {};
-};
 
 // Running sums of a series of best scores, every step in Single.
 struct ScoreSums {
@@ -60,17 +50,6 @@ struct ScanTailEnd {
 // Ends the worker's thread and frees it (defined where the worker is).
 struct H0WorkerEnd {
   void operator()(H0Worker* w) const;
-};
-
-// Str of a Single, kept for the next call: neighbouring positions often
-// share their best score.
-class ScoreTexts {
- public:
-  std::string_view of(float s);
-
- private:
-  std::optional<std::string> text_;
-  uint32_t bits_ = 0;
 };
 
 // Everything one run of rumcompute holds between its stages.
@@ -126,7 +105,7 @@ struct RunContext {
   alignas(64) const ScanKernel* kernel = nullptr;
   std::optional<ScanColumns> columns;
   // the end of the scan along the longest sequence, which the random
-  // expectation's thread takes over once its own work is done
+  // expectation's thread takes over once its own work is done (scan_tail.h)
   std::unique_ptr<ScanTail, ScanTailEnd> scanTail;
   std::unique_ptr<H0Worker, H0WorkerEnd> h0worker;  // last: it ends before what it reads goes
 
@@ -172,28 +151,6 @@ float fullScoreFromZero(const uint8_t* shortWin, const uint8_t* longWin, int32_t
 void advanceRow(float* scorerow, const uint8_t* m1, int64_t lastshort, int32_t W,
                 const float* leaving, const float* entering);
 
-// The pieces of a position of the substitution scan, shared by its drivers.
-void appendStart(std::string& tielist, int64_t j);
-void listAlignment(RunContext& c, int64_t j, int64_t i, const uint8_t* longWin);
-// The same alignment appended to r, m1 the shortest sequence.
-void alignmentText(std::string& r, const uint8_t* m1, int32_t W, int64_t j, int64_t i, const uint8_t* longWin);
-// A position's row with its profile (m2 and the sums): a scored row with the
-// tie list, or an N row.
-void scoredRow(RunContext& c, int64_t i, uint8_t base, float s);
-void nRow(RunContext& c, int64_t i, uint8_t base);
-// scoredRow with the ties taken from stretch entries (j + 1 a tie, a negative
-// entry a listed start, passed over) instead of the tie list.
-void scoredRowOfEntries(RunContext& c, int64_t i, uint8_t base, float s, const int64_t* entries,
-                        uint32_t count);
-// The profile of a position alone, its row written apart: the sums take the
-// positions' scores in their order.
-void scoredProfile(RunContext& c, int64_t i, float s);
-void nProfile(RunContext& c, int64_t i);
-// The text of a row alone, appended to out: a part of the scan writes its
-// rows on its own thread, and they join the run's rows in their order.
-void scoredRowText(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s, const int64_t* entries,
-                   uint32_t count);
-void nRowText(std::string& out, int64_t i, uint8_t base);
 // The first position: every window pair scored in full, tested in rising order.
 void scoreFirstPosition(RunContext& c);
 // The progress step and the stop test of a position or a resampling: the
@@ -213,6 +170,7 @@ void appendSequenceText(std::string& report, std::string_view title, const Memor
 // Fills resampled from c's longest sequence and the run's seed. Called where
 // the random expectation starts: on its own thread it overlaps the first scan.
 void drawResampled(const RunContext& c, MemoryBlock& resampled);
+// The substitution scan with the scalar kernel: the reference (scan_scalar.cpp).
 void substitutionScan(RunContext& c);
 // The substitution scan with a fast row kernel over c.columns.
 void substitutionScanColumns(RunContext& c);

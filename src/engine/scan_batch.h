@@ -4,11 +4,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/scan_kernels.h"
+#include "engine/kernels/scan_kernels.h"
 
 namespace trelvane {
-
-struct CellTable;
 
 // The rows of up to steps() successive positions (or resamplings), each
 // computed out of place from the one before:

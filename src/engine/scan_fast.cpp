@@ -7,6 +7,7 @@
 
 #include "engine/scan.h"
 #include "engine/scan_found.h"
+#include "engine/scan_tail.h"
 #include "engine/scan_tester.h"
 #include "platform/numtext.h"
 
@@ -98,14 +99,16 @@ void substitutionScanColumns(RunContext& c) {
   flush();
   std::vector<PartQueue*> queues;
   for (auto& part : parts) queues.push_back(&part->queue());
-  // Once the last part has ended, its tail (where taken) follows it.
+  // Once the last part has ended, the positions taken from its end (where
+  // taken) follow it.
   std::size_t taken = 0;  // positions of `found` past their yield
-  bool tailTaken = false;
+  bool tailJoined = false;
   for (std::size_t q = 0;; ++q) {
     if (q == queues.size()) {
-      if (tailTaken || !tail || !tail->stolen()) break;
-      queues.push_back(&tail->queue());
-      tailTaken = true;
+      PartQueue* tailQueue = tailJoined || !tail ? nullptr : tail->takenQueue();
+      if (!tailQueue) break;
+      queues.push_back(tailQueue);
+      tailJoined = true;
     }
     for (;;) {
       if (taken == found.positions.size()) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "engine/scan.h"
+#include "engine/scan_tail.h"
 
 namespace trelvane {
 
@@ -12,10 +13,6 @@ namespace {
 // Stretches a part keeps ready beyond this many bytes wait until the scan
 // takes them: a part far ahead holds no more than this.
 constexpr std::size_t kMostReadyBytes = std::size_t{64} << 20;
-
-// The fewest positions the random expectation's thread takes over: fewer
-// are not worth a thread's start and its stretches.
-constexpr int64_t kLeastStolen = 1024;
 
 }  // namespace
 
@@ -228,55 +225,5 @@ PartTester::~PartTester() {
   queue_.giveUp();
   if (thread_.joinable()) thread_.join();
 }
-
-void ScanTail::arm(int64_t before) {
-  {
-    std::lock_guard lock(mutex_);
-    committed_ = before;
-    armed_ = true;
-  }
-  cv_.notify_all();
-}
-
-int ScanTail::commit(int64_t i, int n) {
-  std::lock_guard lock(mutex_);
-  const int64_t allowed = std::min<int64_t>(n, limit_ - i + 1);
-  if (allowed <= 0) return 0;
-  committed_ = i + allowed - 1;
-  return static_cast<int>(allowed);
-}
-
-bool ScanTail::steal(int64_t& from, int64_t& to, int64_t repeat) {
-  std::unique_lock lock(mutex_);
-  cv_.wait(lock, [&] { return armed_ || givenUp_; });
-  if (givenUp_) return false;
-  // The tester goes on from committed_ + 1; the thief repeats `repeat`
-  // positions before its own, untested and each on fewer starts, about half
-  // the work of as many tested ones: the tester keeps (left + repeat / 2) / 2,
-  // and both end about together. Worth it where that ends the scan well
-  // before the tester alone would: with at least twice the repeat left.
-  const int64_t left = limit_ - committed_;
-  if (left < 2 * (repeat + 1) || left < 2 * kLeastStolen) return false;
-  from = committed_ + 1 + (left + repeat / 2) / 2;
-  to = limit_;
-  limit_ = from - 1;
-  return true;
-}
-
-bool ScanTail::stolen() const {
-  std::lock_guard lock(mutex_);
-  return limit_ < lastpos_;
-}
-
-void ScanTail::giveUp() {
-  {
-    std::lock_guard lock(mutex_);
-    givenUp_ = true;
-  }
-  cv_.notify_all();
-  queue_.giveUp();
-}
-
-void ScanTailEnd::operator()(ScanTail* t) const { delete t; }
 
 }  // namespace trelvane

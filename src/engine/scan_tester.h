@@ -103,40 +103,4 @@ class PartTester {
   std::thread thread_;  // last: it starts when all the above stands
 };
 
-// The end of the scan's last part, which the random expectation's thread
-// takes over once its own resamplings are done: the tester of the last part
-// tests a batch only once it has committed to it, and the thread takes half
-// of what is left beyond (with its repeat of the positions before), so that
-// both end about together.
-class ScanTail {
- public:
-  explicit ScanTail(int64_t lastpos) : limit_(lastpos), lastpos_(lastpos) {}
-
-  // For the scan: the last part goes from before + 1 on. Called once, before
-  // its tester commits.
-  void arm(int64_t before);
-  // For the tester of the last part: how many of the n positions from i it
-  // may test; 0 where the part ends before i.
-  int commit(int64_t i, int n);
-  // For the random expectation's thread: the positions it takes, waiting
-  // until the scan has armed the tail; false where too few are left to gain
-  // from sharing them after a repeat of `repeat` positions, or the run was
-  // given up. Called once.
-  bool steal(int64_t& from, int64_t& to, int64_t repeat);
-  // Whether positions were taken (once the last part has ended).
-  bool stolen() const;
-  PartQueue& queue() { return queue_; }
-  // Ends a wait in steal() and the taken part's thread at its next stretch.
-  void giveUp();
-
- private:
-  mutable std::mutex mutex_;
-  std::condition_variable cv_;
-  bool armed_ = false, givenUp_ = false;
-  int64_t limit_;         // the last position of the last part
-  int64_t committed_ = 0; // the last position its tester committed to
-  const int64_t lastpos_;
-  PartQueue queue_;
-};
-
 }  // namespace trelvane

@@ -4,7 +4,7 @@
 
 #include "cli/options.h"
 #include "cli_harness.h"
-#include "engine/scan_kernels.h"
+#include "engine/kernels/scan_kernels.h"
 
 namespace trelvane::cli::testing {
 namespace {

@@ -11,8 +11,8 @@
 
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
-#include "engine/scan_kernels.h"
-#include "engine/scan_tester.h"
+#include "engine/kernels/scan_kernels.h"
+#include "engine/scan_tail.h"
 #include "engine_test_util.h"
 
 namespace trelvane {

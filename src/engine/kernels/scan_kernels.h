@@ -1,4 +1,4 @@
-// scan_kernels.h -- the row kernels of the diagonal recurrence by instruction set, and their table.
+// scan_kernels.h -- the row kernels of the diagonal recurrence: their table by instruction set, the layout they read.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,6 @@
 #include <vector>
 
 namespace trelvane {
-
-struct CellTable;
 
 // Storage on 64-byte boundaries, so that the kernels' groups of starts fall
 // on whole vectors: a row of scores is one.
@@ -31,7 +29,7 @@ using ScoreRow = std::vector<float, AlignedAllocator<float>>;
 // starts b * kScanBlock to (b + 1) * kScanBlock - 1, from 1 on (j = 0 stands
 // apart, it is scored in full at every position).
 inline constexpr int64_t kScanBlock = 128;
-// The room a block takes in the blockmax of AdvanceBlocksFn.
+// The room a block takes in the blockmax of AdvanceSpanFn.
 inline constexpr int64_t kBlockMaxLanes = 8;
 // The starts a BlockMatchFn looks at in one call.
 inline constexpr int64_t kMatchSpan = 64;
@@ -63,7 +61,7 @@ using AdvanceSpanFn = float (*)(const float* prev, float* next, int64_t lo, int6
 // (-infinity for none).
 using BlocksMaxFn = float (*)(const float* blockmax, int64_t blocks);
 // Sets bit b % 64 of bits[b / 64] for each of the blocks whose greatest score
-// (from the kernel's AdvanceBlocksFn) is at least lower, clears the others.
+// (from the kernel's AdvanceSpanFn) is at least lower, clears the others.
 using BlockCandidatesFn = void (*)(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
 
 // The starts lo to lo + count - 1 (count at most kMatchSpan) whose score equals
@@ -95,13 +93,25 @@ const ScanKernel* findScanKernel(std::string_view name);
 // Every name findScanKernel may know, whether or not this processor runs it.
 const std::vector<std::string_view>& scanKernelNames();
 
+// matrice by columns: byLong[l][s] is the cell of shortest base s against
+// longest base l. A column has 256 entries so that any byte indexes it, and
+// bytes above 4 score 0 on either side, as N does.
+struct CellTable {
+  explicit CellTable(const float (&matrice)[5][5]);
+  const float* column(uint8_t l) const { return byLong[l <= 4 ? l : 0]; }
+  float cell(uint8_t s, uint8_t l) const { return column(l)[s]; }
+
+  float byLong[5][256] = {};
+};
+
 // The matrix columns laid out by start on the shortest sequence: for each
 // longest-side base l, leave(l)[j] = matrice[m1[j]][l] for j from 0 to
 // nshort - 1, with zero cells around them, so that the row kernels read
 // without gathers; enter(l) is the same column shifted by W - 1, so that
 // enter(l)[j] is the cell of m1[j + W - 1]. Each is a copy of its own, placed
 // so that the vectors a kernel reads for a group of starts from a multiple of
-// 8 lie on whole 32-byte words. Built once a run.
+// 16 lie on whole 64-byte lines (and so those of 8 on whole 32-byte words).
+// Built once a run.
 class ScanColumns {
  public:
   static constexpr int64_t kPad = 32;
@@ -115,33 +125,5 @@ class ScanColumns {
   const float* leave_[5] = {};
   const float* enter_[5] = {};
 };
-
-// The variants' kernels, each file compiled with its own flags.
-float advanceSpanGeneric(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                         const float* enter, float* blockmax);
-float blocksMaxGeneric(const float* blockmax, int64_t blocks);
-void blockCandidatesGeneric(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
-void blockMatchGeneric(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
-                       uint64_t* ties, uint64_t* listed);
-#if defined(__x86_64__)
-float advanceSpanSse2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                      const float* enter, float* blockmax);
-float blocksMaxSse2(const float* blockmax, int64_t blocks);
-void blockCandidatesSse2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
-void blockMatchSse2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
-                    uint64_t* ties, uint64_t* listed);
-float advanceSpanAvx2(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                      const float* enter, float* blockmax);
-float blocksMaxAvx2(const float* blockmax, int64_t blocks);
-void blockCandidatesAvx2(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
-void blockMatchAvx2(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
-                    uint64_t* ties, uint64_t* listed);
-float advanceSpanAvx512(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                        const float* enter, float* blockmax);
-float blocksMaxAvx512(const float* blockmax, int64_t blocks);
-void blockCandidatesAvx512(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
-void blockMatchAvx512(const float* row, int64_t lo, int64_t count, float maxscore, float threshold,
-                      uint64_t* ties, uint64_t* listed);
-#endif
 
 }  // namespace trelvane

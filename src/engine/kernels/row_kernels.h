@@ -1,0 +1,352 @@
+// row_kernels.h -- the row kernels written once, over the lane operations of an instruction set.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "engine/kernels/scan_kernels.h"
+
+// Each variant's file defines its lane operations (an Ops struct, below) and
+// instantiates RowKernels<Ops> with them, compiled with that instruction
+// set's flags alone. Everything here but the variants' tables lies in an
+// unnamed namespace, the including file's own, so that no copy built for one
+// set can stand in for another at link time.
+//
+// What an Ops struct gives:
+//   Score             the type of a score (float)
+//   Vec               kLanes scores, of kLanes successive starts
+//   kLanes            a power of two, at most kScanBlock / 2
+//   kBlockLanes       the lanes a block's greatest scores take in blockmax
+//                     (lane x holds the greatest of the lanes x modulo
+//                     kBlockLanes); divides kLanes, at most kBlockMaxLanes
+//   splat(x)          every lane x
+//   edgeLane(x)       lane 0 x, the others -infinity
+//   load(p)           the lanes from p, where p is the column or the row of
+//                     a group of starts from a multiple of kLanes: on the
+//                     boundaries that ScoreRow and ScanColumns give it
+//   loadAny(p)        the lanes from any p
+//   loadFirst(p, n)   (optional) the n < kLanes scores from p, the other
+//                     lanes not a number; without it, the starts past the
+//                     last whole vector of a match are taken one by one
+//   store(p, v)       v to p, on the boundaries of load
+//   storeBlock(p, v)  the greatest scores of a block (the lanes of v folded
+//                     to kBlockLanes) to blockmax at p
+//   add, sub          lane by lane, each rounded to Single
+//   max(s, acc)       the greater of each lane: acc's where s is not a number,
+//                     so that such a score is never the greatest
+//   greatest(v)       the greatest lane of v, which holds no not-a-number
+//   prevLoad(prev, j) the word of prev at j (j a multiple of kLanes), in the
+//                     form that shiftIn takes: the lanes from j, or their
+//                     place where a load one start back costs less
+//   shiftIn(up, low)  prev[j - 1 .. j + kLanes - 2] from prevLoad(prev, j)
+//                     and prevLoad(prev, j - kLanes): the previous row's
+//                     lanes one start on, lane 0 from the lower word
+//   atLeast(v, l)     the lanes v >= l as bits, false for a not-a-number
+//   equal(v, m)       the lanes v == m as bits, false for a not-a-number
+// FloatLanes below gives Score to kBlockLanes, splat, the loads and stores,
+// add and sub for Single scores; a lane set of integers would be an Ops of
+// its own, and the algorithm the same.
+namespace trelvane::kernels {
+
+namespace {
+
+// lanes Singles: float, or the compiler's vector of them (the type of
+// __m128, __m256 and __m512, with which it converts freely), on which + and
+// - work lane by lane.
+template <int lanes>
+struct FloatVector {
+  typedef float type __attribute__((vector_size(4 * lanes), may_alias));
+};
+template <>
+struct FloatVector<1> {
+  using type = float;
+};
+
+// What every lane set of Single scores shares, written once. A lane set's
+// Ops derives from it, adds the rest, and replaces what its instruction set
+// does better.
+template <int lanes, int blockLanes>
+struct FloatLanes {
+  using Score = float;
+  using Vec = typename FloatVector<lanes>::type;
+  static constexpr int kLanes = lanes;
+  static constexpr int kBlockLanes = blockLanes;
+
+  // x - 0 is x for every x, -0 and not-a-number too: a broadcast.
+  static Vec splat(float x) { return x - Vec{}; }
+  static Vec loadAny(const float* p) {
+    Vec v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+  }
+  static Vec load(const float* p) { return loadAny(p); }
+  static void store(float* p, Vec v) { std::memcpy(p, &v, sizeof v); }
+  static void storeBlock(float* p, Vec v)
+    requires(lanes == blockLanes)
+  {
+    store(p, v);
+  }
+  static Vec add(Vec a, Vec b) { return a + b; }
+  static Vec sub(Vec a, Vec b) { return a - b; }
+};
+
+// Whether an Ops struct loads part of a vector.
+template <class Ops>
+concept PartialLoads = requires(const typename Ops::Score* p) { Ops::loadFirst(p, int64_t{1}); };
+
+// pattern, every `period` bits of a word.
+constexpr uint64_t repeated(uint64_t pattern, int period) {
+  uint64_t m = 0;
+  for (int at = 0; at < 64; at += period) m |= pattern << at;
+  return m;
+}
+
+// Bits one every kApart packed side by side: runs of kWidth bits, joined in
+// pairs until one run is left.
+template <int kApart, int kWidth = 1>
+inline uint64_t packed(uint64_t bits) {
+  if constexpr (kApart * kWidth >= 64) {
+    return bits;
+  } else {
+    constexpr uint64_t kKeep = repeated((uint64_t{1} << (2 * kWidth)) - 1, 2 * kApart * kWidth);
+    return packed<kApart, 2 * kWidth>((bits | bits >> (kApart * kWidth - kWidth)) & kKeep);
+  }
+}
+
+// One bit a block, side by side, from the lanes of successive blocks
+// (kBlockLanes bits each): whether any of the block's lanes is set.
+template <int kBlockLanes>
+inline uint64_t anyLaneOfBlocks(uint64_t lanes) {
+  if constexpr (kBlockLanes == 1) {
+    return lanes;
+  } else {
+    // each block's lanes folded onto its lowest one
+    for (int s = kBlockLanes / 2; s >= 1; s /= 2) lanes |= lanes >> s;
+    constexpr uint64_t kLowest = repeated(1, kBlockLanes);
+    lanes &= kLowest;
+    // eight blocks: their bits gathered in the top byte of one product
+    if constexpr (kBlockLanes == 8) return (lanes * 0x0102040810204080ULL) >> 56;
+    else return packed<kBlockLanes>(lanes);
+  }
+}
+
+// The masks of n words, each already at its shift, joined in a tree instead
+// of one long chain.
+template <int n>
+[[gnu::always_inline]] inline uint64_t joined(const uint64_t* m) {
+  if constexpr (n == 1) return m[0];
+  else return joined<n / 2>(m) | joined<n / 2>(m + n / 2);
+}
+
+template <class Ops>
+struct RowKernels {
+  using Score = typename Ops::Score;
+  using Vec = typename Ops::Vec;
+  static constexpr int64_t L = Ops::kLanes;
+  static constexpr int64_t BL = Ops::kBlockLanes;
+  // no score: -infinity (or the lowest value of an integer lane)
+  static constexpr Score kNone = std::numeric_limits<Score>::has_infinity ? -std::numeric_limits<Score>::infinity()
+                                                                          : std::numeric_limits<Score>::lowest();
+  static_assert(L >= 1 && (L & (L - 1)) == 0 && kScanBlock % (2 * L) == 0);
+  static_assert(L % BL == 0 && BL <= kBlockMaxLanes && kMatchSpan % L == 0 && 64 % BL == 0);
+  static_assert(PartialLoads<Ops> || BL == L, "a vector of several blocks needs part loads for the last");
+
+  // -- cell by cell: the starts that no whole vector covers --
+
+  // next[j] = (prev[j-1] - leave[j-1]) + enter[j], rounded to Single after
+  // each operation; best becomes the greater of itself and the new score.
+  [[gnu::always_inline]] static void stepCells(const Score* prev, Score* next, int64_t lo, int64_t hi,
+                                               const Score* leave, const Score* enter, Score& best) {
+    for (int64_t j = lo; j <= hi; ++j) {
+      Score s = prev[j - 1] - leave[j - 1];
+      s = s + enter[j];
+      next[j] = s;
+      best = s > best ? s : best;
+    }
+  }
+
+  // The tie and listing bits of the starts lo + k for k from `from` to count - 1.
+  [[gnu::always_inline]] static void matchCells(const Score* row, int64_t lo, int64_t from, int64_t count,
+                                                Score maxscore, Score threshold, uint64_t& ties, uint64_t& listed) {
+    for (int64_t k = from; k < count; ++k) {
+      ties |= static_cast<uint64_t>(row[lo + k] == maxscore) << k;
+      listed |= static_cast<uint64_t>(threshold <= row[lo + k]) << k;
+    }
+  }
+
+  // -- the step of a row --
+
+  // Starts j0 to j0 + L - 1, j0 a multiple of L, from shifted =
+  // prev[j0-1 .. j0+L-2]: leave[j0-1 ..] holds the cells of the leaving
+  // base, enter[j0 ..] those of the entering one.
+  [[gnu::always_inline]] static Vec step(Vec shifted, Score* next, const Score* leave, const Score* enter,
+                                         int64_t j0) {
+    const Vec s = Ops::add(Ops::sub(shifted, Ops::load(leave + j0 - 1)), Ops::load(enter + j0));
+    Ops::store(next + j0, s);
+    return s;
+  }
+
+  // A whole block from j0 (a multiple of kScanBlock, never 0): the greatest
+  // score of each lane. max(s, acc) keeps acc where s is not a number. Two
+  // maxima, so that the next max need not wait for the one before; each
+  // word of prev is loaded once, for its own group and the next.
+  [[gnu::always_inline]] static Vec wholeBlock(const Score* prev, Score* next, const Score* leave,
+                                               const Score* enter, int64_t j0) {
+    auto lower = Ops::prevLoad(prev, j0 - L);
+    Vec acc = Ops::splat(kNone), acc2 = acc;
+    for (int64_t j = j0; j < j0 + kScanBlock; j += 2 * L) {
+      const auto upper = Ops::prevLoad(prev, j), upper2 = Ops::prevLoad(prev, j + L);
+      acc = Ops::max(step(Ops::shiftIn(upper, lower), next, leave, enter, j), acc);
+      acc2 = Ops::max(step(Ops::shiftIn(upper2, upper), next, leave, enter, j + L), acc2);
+      lower = upper2;
+    }
+    return Ops::max(acc, acc2);
+  }
+
+  // The starts lo to hi of a block cut at either end (block 0 starts at 1;
+  // the last ends at lastshort): the starts outside whole groups one by one,
+  // their greatest score in lane 0.
+  static Vec partOfBlock(const Score* prev, Score* next, int64_t lo, int64_t hi, const Score* leave,
+                         const Score* enter) {
+    Score edge = kNone;
+    const int64_t firstGroup = (lo + L - 1) & ~(L - 1);
+    stepCells(prev, next, lo, std::min(firstGroup - 1, hi), leave, enter, edge);
+    Vec acc = Ops::splat(kNone);
+    int64_t j = firstGroup;
+    for (; j + L - 1 <= hi; j += L)
+      acc = Ops::max(step(Ops::shiftIn(Ops::prevLoad(prev, j), Ops::prevLoad(prev, j - L)), next, leave, enter, j),
+                     acc);
+    stepCells(prev, next, j, hi, leave, enter, edge);
+    return Ops::max(acc, Ops::edgeLane(edge));
+  }
+
+  // See AdvanceSpanFn. Whole blocks take the straight path; a block cut at
+  // either end, the general one.
+  static Score advanceSpan(const Score* prev, Score* next, int64_t lo, int64_t hi, const Score* leave,
+                           const Score* enter, Score* blockmax) {
+    Vec span = Ops::splat(kNone);
+    auto done = [&](int64_t b, Vec acc) {
+      Ops::storeBlock(blockmax + b * BL, acc);
+      span = Ops::max(acc, span);
+    };
+    int64_t b = lo / kScanBlock;
+    if (b == 0 || lo != b * kScanBlock) {
+      done(b, partOfBlock(prev, next, lo, std::min((b + 1) * kScanBlock - 1, hi), leave, enter));
+      ++b;
+    }
+    for (const int64_t wholeEnd = (hi + 1) / kScanBlock; b < wholeEnd; ++b)
+      done(b, wholeBlock(prev, next, leave, enter, b * kScanBlock));
+    if (b * kScanBlock <= hi) done(b, partOfBlock(prev, next, b * kScanBlock, hi, leave, enter));
+    return Ops::greatest(span);
+  }
+
+  // -- the tests of a row --
+
+  // The lanes from p, n of them (at most L): the others not a number.
+  [[gnu::always_inline]] static Vec loadUpTo(const Score* p, int64_t n) {
+    if constexpr (PartialLoads<Ops>) {
+      if (n < L) return Ops::loadFirst(p, n);
+    }
+    return Ops::loadAny(p);
+  }
+
+  // See BlocksMaxFn: the greatest of the blocks' lanes, two vectors side by
+  // side (blockmax holds no not-a-number).
+  static Score blocksMax(const Score* blockmax, int64_t blocks) {
+    const int64_t n = blocks * BL;
+    Vec a = Ops::splat(kNone), a2 = a;
+    int64_t k = 0;
+    for (; k + 2 * L <= n; k += 2 * L) {
+      a = Ops::max(Ops::loadAny(blockmax + k), a);
+      a2 = Ops::max(Ops::loadAny(blockmax + k + L), a2);
+    }
+    for (; k < n; k += L) a = Ops::max(loadUpTo(blockmax + k, n - k), a);
+    return Ops::greatest(Ops::max(a, a2));
+  }
+
+  // See BlockCandidatesFn. The 64 blocks of a word go 64 / BL at a time
+  // (BL times): their lanes reaching lower fill one word (ordered: false for
+  // a not-a-number; -infinity stands for none), which then gives one bit a
+  // block.
+  static void blockCandidates(const Score* blockmax, int64_t blocks, Score lower, uint64_t* bits) {
+    constexpr int64_t kBlocksAWord = 64 / BL;
+    const Vec l = Ops::splat(lower);
+    for (int64_t w = 0; w * 64 < blocks; ++w) {
+      const int64_t end = std::min(blocks, w * 64 + 64);
+      uint64_t word = 0;  // built in a register and stored once
+      for (int64_t c = 0, b = w * 64; c < BL && b < end; ++c, b += kBlocksAWord) {
+        const Score* p = blockmax + b * BL;
+        const int64_t n = std::min(kBlocksAWord, end - b) * BL;
+        uint64_t lanes = 0;
+        for (int64_t k = 0; k < n; k += L) lanes |= static_cast<uint64_t>(Ops::atLeast(loadUpTo(p + k, n - k), l)) << k;
+        word |= anyLaneOfBlocks<BL>(lanes) << (b % 64);
+      }
+      bits[w] = word;
+    }
+  }
+
+  // See BlockMatchFn. Ordered comparisons: false where either side is not a
+  // number.
+  static void blockMatch(const Score* row, int64_t lo, int64_t count, Score maxscore, Score threshold,
+                         uint64_t* ties, uint64_t* listed) {
+    const Vec m = Ops::splat(maxscore), th = Ops::splat(threshold);
+    constexpr int kWords = kMatchSpan / L;
+    if constexpr (kWords <= 8) {
+      if (count == kMatchSpan) {
+        // A whole span of a few words, the usual case: their shifts known,
+        // so that the masks come together in a tree. (Of 16 words, with
+        // SSE2, the loop below is faster: 3.1 us against 3.7 us for the
+        // spans of 10,000 starts, BM_KernelTests on Zen 3.)
+        uint64_t tw[kWords], lw[kWords];
+        for (int v = 0; v < kWords; ++v) {
+          const Vec s = Ops::loadAny(row + lo + v * L);  // the scores of starts lo + v * L ..
+          tw[v] = static_cast<uint64_t>(Ops::equal(s, m)) << (v * L);
+          lw[v] = static_cast<uint64_t>(Ops::atLeast(s, th)) << (v * L);
+        }
+        *ties = joined<kWords>(tw);
+        *listed = joined<kWords>(lw);
+        return;
+      }
+    }
+    uint64_t t = 0, l = 0;
+    int64_t k = 0;
+    for (; k + L <= count; k += L) {
+      const Vec s = Ops::loadAny(row + lo + k);
+      t |= static_cast<uint64_t>(Ops::equal(s, m)) << k;
+      l |= static_cast<uint64_t>(Ops::atLeast(s, th)) << k;
+    }
+    if constexpr (PartialLoads<Ops>) {
+      if (k < count) {
+        // the last starts alone: the lanes past them are not a number
+        const Vec s = Ops::loadFirst(row + lo + k, count - k);
+        t |= static_cast<uint64_t>(Ops::equal(s, m)) << k;
+        l |= static_cast<uint64_t>(Ops::atLeast(s, th)) << k;
+      }
+    } else {
+      matchCells(row, lo, k, count, maxscore, threshold, t, l);
+    }
+    *ties = t;
+    *listed = l;
+  }
+};
+
+// The table of a variant's kernels.
+template <class Ops>
+constexpr ScanKernel kernelTable(const char* name) {
+  using K = RowKernels<Ops>;
+  return {name, Ops::kLanes, Ops::kBlockLanes, &K::advanceSpan, &K::blocksMax, &K::blockCandidates, &K::blockMatch};
+}
+
+}  // namespace
+
+// The variants, each defined in a file of its own with its own flags.
+extern const ScanKernel kGenericKernel;
+#if defined(__x86_64__)
+extern const ScanKernel kSse2Kernel;
+extern const ScanKernel kAvx2Kernel;
+extern const ScanKernel kAvx512Kernel;
+#endif
+
+}  // namespace trelvane::kernels
