@@ -35,12 +35,13 @@ struct Case {
   bool has(const std::string& key) const { return get(key, "\x01") != "\x01"; }
 };
 
-inline std::string escaped(std::string_view bytes) {
+// lineEnds: "\x0a" for a line end too, for a text that stands in one line.
+inline std::string escaped(std::string_view bytes, bool lineEnds = false) {
   static const char hex[] = "0123456789abcdef";
   std::string out;
   for (unsigned char c : bytes) {
     if (c == '\\') out += "\\\\";
-    else if ((c < 0x20 && c != '\t' && c != '\n') || c >= 0x7f) out += {'\\', 'x', hex[c >> 4], hex[c & 15]};
+    else if ((c < 0x20 && c != '\t' && (c != '\n' || lineEnds)) || c >= 0x7f) out += {'\\', 'x', hex[c >> 4], hex[c & 15]};
     else out += static_cast<char>(c);
   }
   return out;
@@ -107,11 +108,14 @@ inline void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
 
 inline std::string caseName(const ::testing::TestParamInfo<Case>& info) { return info.param.name; }
 
-// The transcript of a case against its expectation; a mismatch shows both.
-inline void expectTranscript(const Case& c, const std::string& transcript) {
+// The transcript of a case against its expectation; a mismatch shows both,
+// and a case without an expectation prints its transcript to be checked and
+// copied in. escape: the transcript is bytes, not text of this form already.
+inline void expectTranscript(const Case& c, const std::string& transcript, bool escape = true) {
   SCOPED_TRACE(c.name + ": " + c.why);
-  EXPECT_EQ(escaped(transcript), c.expected);
-  if (c.expected.empty()) std::printf("<<<%s\n%s>>>\n", c.name.c_str(), escaped(transcript).c_str());
+  const std::string text = escape ? escaped(transcript) : transcript;
+  EXPECT_EQ(text, c.expected);
+  if (c.expected.empty()) std::printf("<<<%s\n%s>>>\n", c.name.c_str(), text.c_str());
 }
 
 }  // namespace trelvane::cases

@@ -7,13 +7,16 @@
 //   set FIELD=VALUE     a field of the form or the state ("f0=NAME" a file of the folder, "-" none)
 //   reset               a new window on the same folder
 // and the steps of the test that reads it. The transcript echoes each step and
-// lists the fields it changed, "FIELD=VALUE", the folder written as $DIR. A name
+// lists the fields it changed, "FIELD=VALUE", each in one line of text as
+// support/cases.h writes bytes, the folder written as $DIR. A step writes its
+// own results through show(). A name
 // "@data/..." or "@examples/..." is a file of the tests' data or of the examples.
 #pragma once
 
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -74,10 +77,17 @@ struct Desk {
   std::function<void(std::vector<std::pair<std::string, std::string>>&)> more;
 };
 
+// A step's result, in one line.
+inline void show(std::ostream& out, const std::string& text) { out << "  = " << cases::escaped(text, true) << "\n"; }
+
 inline std::string fieldText(const std::string& v) { return v; }
 inline std::string fieldText(bool v) { return v ? "1" : "0"; }
 inline std::string fieldText(int v) { return std::to_string(v); }
-inline std::string fieldText(float v) { return Str(v); }
+inline std::string fieldText(float v) {  // nine digits: every Single apart
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%.9g", static_cast<double>(v));
+  return buf;
+}
 inline std::string fieldText(const MemoryBlock& m) {
   if (m.isNil()) return "nil";
   const std::size_t n = static_cast<std::size_t>(m.size());
@@ -117,9 +127,6 @@ inline std::vector<std::pair<std::string, std::string>> fieldsOf(Desk& d) {
   for (int side : {0, 1}) out.emplace_back("f" + std::to_string(side), d.st.f[side].value_or("-"));
   out.emplace_back("graphs", std::to_string(d.graphs) + " " + d.messageAtGraph);
   if (d.more) d.more(out);
-  for (auto& [name, value] : out)
-    for (auto [root, shown] : {std::pair{d.dir.string(), "$DIR"}, {TRELVANE_TEST_DATA, "@data"}, {TRELVANE_EXAMPLES, "@examples"}})
-      for (std::size_t at; (at = value.find(root)) != std::string::npos;) value.replace(at, root.size(), shown);
   return out;
 }
 
@@ -130,8 +137,8 @@ inline std::string runDesk(const cases::Case& c, const std::map<std::string, Ste
   std::ostringstream out;
   for (const auto& [key, value] : c.in) {
     const auto before = fieldsOf(*d);
-    const std::string shown = value.substr(0, std::min<std::size_t>(value.find('\n'), 60));
-    out << "> " << key << (value.empty() ? "" : " ") << shown << (shown.size() < value.size() ? "..." : "") << "\n";
+    out << "> " << key << (value.empty() ? "" : " ") << cases::escaped(value.substr(0, 60), true)
+        << (value.size() > 60 ? "..." : "") << "\n";
     if (key == "file") {
       const bool quoted = value.rfind('"', 0) == 0;
       const std::size_t end = std::min(value.find(quoted ? '"' : ' ', quoted), value.size());
@@ -164,9 +171,13 @@ inline std::string runDesk(const cases::Case& c, const std::map<std::string, Ste
     }
     const auto after = fieldsOf(*d);
     for (std::size_t k = 0; k < after.size(); ++k)
-      if (k >= before.size() || after[k] != before[k]) out << "  " << after[k].first << "=" << after[k].second << "\n";
+      if (k >= before.size() || after[k] != before[k])
+        out << "  " << after[k].first << "=" << cases::escaped(after[k].second, true) << "\n";
   }
-  return out.str();
+  std::string t = out.str();
+  for (auto [root, shown] : {std::pair{d->dir.string(), "$DIR"}, {TRELVANE_TEST_DATA, "@data"}, {TRELVANE_EXAMPLES, "@examples"}})
+    for (std::size_t at; (at = t.find(root)) != std::string::npos;) t.replace(at, root.size(), shown);
+  return t;
 }
 
 }  // namespace trelvane::testing
