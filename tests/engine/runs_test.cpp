@@ -13,25 +13,6 @@
 namespace trelvane::testing {
 namespace {
 
-// Letters from pieces: "ACG*3" (ACGACGACG), "rand:N:SEED" (N bases of a fixed
-// generator), "long:FROM:LEN" (a stretch of the longest side).
-std::string letters(const std::string& spec, const std::string& lg) {
-  std::istringstream in(spec);
-  std::string out, piece;
-  while (in >> piece) {
-    int a = 0, b = 0;
-    if (std::sscanf(piece.c_str(), "rand:%d:%d", &a, &b) == 2) {
-      for (uint32_t x = static_cast<uint32_t>(b); a-- > 0;) x = x * 1664525u + 1013904223u, out += "ACGT"[(x >> 16) & 3];
-    } else if (std::sscanf(piece.c_str(), "long:%d:%d", &a, &b) == 2) {
-      out += lg.substr(static_cast<std::size_t>(a), static_cast<std::size_t>(b));
-    } else {
-      const std::size_t star = piece.find('*');
-      for (int n = star == std::string::npos ? 1 : std::stoi(piece.substr(star + 1)); n-- > 0;) out += piece.substr(0, star);
-    }
-  }
-  return out;
-}
-
 RunInput inputOf(const cases::Case& c) {
   RunInput in;
   for (const auto& [key, value] : c.in) {
@@ -39,8 +20,8 @@ RunInput inputOf(const cases::Case& c) {
     std::string word;
     float x = 0;
     int side = 0, at = 0, b = 0;
-    if (key == "long") in.lg = letters(value, "");
-    if (key == "short") in.sh = letters(value, in.lg);
+    if (key == "long") in.lg = cases::pieces(value);
+    if (key == "short") in.sh = cases::pieces(value, in.lg);
     if (key == "nbbases1") in.nbbases1 = std::stoi(value);
     if (key == "m1" && value == "nil") in.m1nil = true;
     if (key == "save" && value == "cancelled") in.noResultPath = true;

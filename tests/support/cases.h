@@ -75,6 +75,25 @@ std::string bytesText(const T* p, std::size_t n) {
   return out;
 }
 
+// Letters from pieces: "ACG*3" (ACGACGACG), "rand:N:SEED" (N bases of a
+// fixed generator), "long:FROM:LEN" (a stretch of the letters given as lg).
+inline std::string pieces(const std::string& spec, const std::string& lg = "") {
+  std::istringstream in(spec);
+  std::string out, piece;
+  while (in >> piece) {
+    int a = 0, b = 0;
+    if (std::sscanf(piece.c_str(), "rand:%d:%d", &a, &b) == 2) {
+      for (uint32_t x = static_cast<uint32_t>(b); a-- > 0;) x = x * 1664525u + 1013904223u, out += "ACGT"[(x >> 16) & 3];
+    } else if (std::sscanf(piece.c_str(), "long:%d:%d", &a, &b) == 2) {
+      out += lg.substr(static_cast<std::size_t>(a), static_cast<std::size_t>(b));
+    } else {
+      const std::size_t star = piece.find('*');
+      for (int n = star == std::string::npos ? 1 : std::stoi(piece.substr(star + 1)); n-- > 0;) out += piece.substr(0, star);
+    }
+  }
+  return out;
+}
+
 // Every case of a file; a file that cannot be read gives one case that says so.
 inline std::vector<Case> readCases(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

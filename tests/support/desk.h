@@ -113,6 +113,7 @@ inline void assign(std::string& f, const std::string& v) { f = v; }
 inline void assign(bool& f, const std::string& v) { f = v == "1"; }
 inline void assign(int& f, const std::string& v) { f = std::stoi(v); }
 inline void assign(float& f, const std::string& v) { f = static_cast<float>(CDbl(v)); }
+inline void assign(MemoryBlock& f, const std::string& v) { f = MemoryBlock(std::stoi(v)); }  // zeros
 template <class T>
 void assign(T&, const std::string&) { ADD_FAILURE() << "this field is not set by a script"; }
 
