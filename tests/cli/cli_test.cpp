@@ -1,0 +1,181 @@
+// cli_test.cpp -- trelvane-cli in-process by scripts of calls, with its streams and files; the options as parsed;
+// Ctrl-C during a run.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstring>
+#include <iterator>
+#include <unistd.h>
+#include <set>
+
+#include "cli/cli.h"
+#include "cli/commands.h"
+#include "cli/options.h"
+#include "support/desk.h"
+
+namespace trelvane::testing {
+namespace {
+
+std::string lastOut;  // the standard output of the last call
+
+struct Captured {
+  int status = -1;
+  std::string out, err;
+};
+
+// Runs the program (or, with a hook, compare directly) on the arguments, "''" an empty one.
+Captured call(Desk& d, const std::string& line, bool terminal = false, const cli::DoEventsHook& hook = {}) {
+  std::vector<std::string> args;
+  std::istringstream words(line);
+  for (std::string w; words >> w;) {
+    for (auto [mark, root] : {std::pair{"$DIR", d.dir.string()}, {"@data", std::string(TRELVANE_TEST_DATA)},
+                              {"@examples", std::string(TRELVANE_EXAMPLES)}})
+      for (std::size_t at; (at = w.find(mark)) != std::string::npos;) w.replace(at, std::strlen(mark), root);
+    args.push_back(w == "''" ? "" : w);
+  }
+  cli::Console c{std::tmpfile(), std::tmpfile(), terminal};
+  Captured r;
+  r.status = hook ? cli::runComparison(false, std::vector(args.begin() + 1, args.end()), c, hook) : cli::cliMain(args, c);
+  for (auto [f, text] : {std::pair{c.out, &r.out}, {c.err, &r.err}}) {
+    std::rewind(f);
+    for (int ch; (ch = std::fgetc(f)) != EOF;) *text += static_cast<char>(ch);
+    std::fclose(f);
+  }
+  return r;
+}
+
+// A text in lines, each behind a prefix.
+void lines(std::ostream& out, const std::string& prefix, const std::string& text) {
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) out << prefix << cases::escaped(line, true) << "\n";
+  if (!text.empty() && text.back() != '\n') out << prefix << "(no line end)\n";
+}
+
+void report(std::ostream& out, const Captured& r, bool listOut = true) {
+  lastOut = r.out;
+  out << "  status " << r.status << "\n";
+  if (listOut) lines(out, "  out| ", r.out);
+  else out << "  out: " << r.out.size() << " bytes\n";
+  lines(out, "  err| ", r.err);
+}
+
+// A file, "-" the last standard output, "A+B" two files one after the other.
+std::string read(Desk& d, const std::string& name) {
+  if (name == "-") return lastOut;
+  if (name.find('+') != std::string::npos)
+    return read(d, name.substr(0, name.find('+'))) + read(d, name.substr(name.find('+') + 1));
+  std::ifstream in(d.path(name), std::ios::binary);
+  return in ? std::string(std::istreambuf_iterator<char>(in), {}) : "(no file)";
+}
+
+const std::map<std::string, Step> kSteps = {
+    {"run", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v)); }},
+    // the same, its standard output counted, not listed
+    {"runq", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v), false); }},
+    // with standard error a terminal
+    {"tty", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v, true)); }},
+    // compare with a stop asked at the Nth DoEvents of the run (0 never), and the count of them
+    {"stop", [](Desk& d, const std::string& v, std::ostream& out) {
+       int calls = 0, at = std::stoi(v);
+       report(out, call(d, v.substr(v.find(' ') + 1), false, [&](ComparisonState& st) {
+                if (++calls == at) st.askclose = true;
+              }));
+       out << "  DoEvents " << calls << "\n";
+     }},
+    // a FASTA file of one record, 60 letters a line
+    {"fasta", [](Desk& d, const std::string& v, std::ostream&) {
+       static std::string before;  // the letters of the file before, for "long:FROM:LEN"
+       const std::string name = v.substr(0, v.find(' ')), bases = cases::pieces(v.substr(v.find(' ') + 1), before);
+       before = bases;
+       std::ofstream file(d.path(name), std::ios::binary);
+       file << ">" << name << "\n";
+       for (std::size_t i = 0; i < bases.size(); i += 60) file << bases.substr(i, 60) << "\n";
+     }},
+    {"saveout", [](Desk& d, const std::string& v, std::ostream&) { std::ofstream(d.path(v), std::ios::binary) << lastOut; }},
+    {"cat", [](Desk& d, const std::string& v, std::ostream& out) { lines(out, "  | ", read(d, v)); }},
+    {"head", [](Desk& d, const std::string& v, std::ostream& out) {
+       lines(out, "  | ", read(d, v.substr(v.find(' ') + 1)).substr(0, std::stoul(v)));
+     }},
+    {"same", [](Desk& d, const std::string& v, std::ostream& out) {
+       const std::string a = read(d, v.substr(0, v.find(' '))), b = read(d, v.substr(v.find(' ') + 1));
+       show(out, a == b ? "same" : "differ at byte " + std::to_string(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin()));
+     }},
+    // the lines of a file (or "-") that hold the pattern
+    {"grep", [](Desk& d, const std::string& v, std::ostream& out) {
+       std::istringstream in(read(d, v.substr(0, v.find(' '))));
+       for (std::string line; std::getline(in, line);)
+         if (line.find(v.substr(v.find(' ') + 1)) != std::string::npos) out << "  | " << cases::escaped(line, true) << "\n";
+     }},
+    // staging files of this process left in the temporary folder
+    {"staged", [](Desk&, const std::string&, std::ostream& out) {
+       int left = 0;
+       for (const auto& e : std::filesystem::directory_iterator(std::filesystem::temp_directory_path()))
+         left += e.path().filename().string().find("trelvane-cli-result.trelvane-" + std::to_string(::getpid())) != std::string::npos;
+       show(out, std::to_string(left));
+     }},
+    {"ls", [](Desk& d, const std::string&, std::ostream& out) {
+       std::set<std::string> names;
+       for (const auto& e : std::filesystem::directory_iterator(d.dir)) names.insert(e.path().filename().string());
+       std::string all;
+       for (const std::string& n : names) all += n + " ";
+       show(out, all);
+     }},
+};
+
+class Cli : public ::testing::TestWithParam<cases::Case> {};
+
+TEST_P(Cli, GivesItsTranscript) { cases::expectTranscript(GetParam(), runDesk(GetParam(), kSteps), false); }
+
+INSTANTIATE_TEST_SUITE_P(, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/cli.cases")), cases::caseName);
+
+// Every option reaches its own field, values kept as typed.
+TEST(ComparisonOptions, EachOptionReachesItsField) {
+  const auto text = [](const std::optional<std::string>& s) { return s ? "[" + *s + "]" : std::string("-"); };
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      {{"L.fa", "--window", "0300", "S.fa", "--from=abc", "--to", "MAX", "--resamplings", "", "--identities", "-5"},
+       "L.fa S.fa [0300] [abc] [MAX] [] [-5] 000 000 00 - - - - - - - - - - - - - 00"},
+      {{"L", "S", "--long-complement", "--short-reverse", "--show-short", "--quiet", "--report", "-", "--rows", "r",
+        "--result", "o", "--svg", "p.svg", "--pdf", "p.pdf", "--png", "p.png", "--dotplot", "d.PNG", "--model",
+        "general", "--aligned", "a1", "a2", "--seed", "42", "--kernel", "scalar", "--threads=1"},
+       "L S - - - - - 100 010 01 42 [scalar] 1 [-] [r] [o] [p.svg] [p.pdf] [p.png] [d.PNG] 2 [a1] [a2] 10"},
+      {{"--long-reverse", "--long-remove-n", "--short-complement", "--short-remove-n", "--show-long",
+        "--seed=18446744073709551615", "--kernel=generic", "--threads", "0", "--", "--odd", "-"},
+       "--odd - - - - - - 011 101 10 18446744073709551615 [generic] 0 - - - - - - - - - - 00"},
+  };
+  for (const auto& [args, want] : rows) {
+    cli::ComparisonOptions o;
+    std::string error;
+    ASSERT_TRUE(parseComparisonOptions(false, args, o, &error)) << error;
+    std::ostringstream s;
+    s << o.longPath << " " << o.shortPath << " " << text(o.window) << " " << text(o.from) << " " << text(o.to) << " "
+      << text(o.resamplings) << " " << text(o.identities) << " " << o.longComplement << o.longReverse << o.longRemoveN
+      << " " << o.shortComplement << o.shortReverse << o.shortRemoveN << " " << o.showLong << o.showShort << " "
+      << (o.seed ? std::to_string(*o.seed) : "-") << " " << text(o.kernel) << " "
+      << (o.threads ? std::to_string(*o.threads) : "-") << " " << text(o.report) << " " << text(o.rows) << " "
+      << text(o.result) << " " << text(o.svg) << " " << text(o.pdf) << " " << text(o.png) << " " << text(o.dotplot)
+      << " " << (o.model ? std::to_string(*o.model) : "-") << " " << text(o.aligned1) << " " << text(o.aligned2)
+      << " " << o.quiet << o.cpg;
+    EXPECT_EQ(s.str(), want);
+  }
+}
+
+TEST(Interrupt, StopsTheRunWithoutAnyOutput) {
+  Desk d;
+  std::ofstream(d.path("o.txt")) << "an earlier result\n";
+  int calls = 0;
+  const Captured r = call(d, "compare @examples/HUMHBB.fa @examples/V00508.fa --to 300 --seed 5 --result $DIR/o.txt "
+                             "--rows $DIR/w.txt --report $DIR/r.txt", false, [&](ComparisonState&) {
+    if (++calls == 5) std::raise(SIGINT);
+  });
+  EXPECT_EQ(r.status, 130);
+  EXPECT_EQ(r.err, "trelvane-cli: interrupted: the run was stopped, no output written\n");
+  EXPECT_EQ(calls, 6);  // as a Stop: resampling 0 is still scanned, the stop seen at resampling 1
+  struct sigaction now {};
+  ::sigaction(SIGINT, nullptr, &now);
+  EXPECT_EQ(now.sa_handler, SIG_DFL);  // the default action is back
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(d.dir), {}), 1);  // no staging file either
+  EXPECT_EQ(read(d, "o.txt"), "an earlier result\n");
+}
+
+}  // namespace
+}  // namespace trelvane::testing
