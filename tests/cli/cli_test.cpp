@@ -2,6 +2,10 @@
 // Ctrl-C during a run.
 #include <gtest/gtest.h>
 
+#include <grp.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+
 #include <csignal>
 #include <cstring>
 #include <iterator>
@@ -23,8 +27,51 @@ struct Captured {
   std::string out, err;
 };
 
-// Runs the program (or, with a hook, compare directly) on the arguments, "''" an empty one.
-Captured call(Desk& d, const std::string& line, bool terminal = false, const cli::DoEventsHook& hook = {}) {
+// The real program in a child process, as a user runs it: as the
+// unprivileged user (where the tests run as root, who reads every file), or
+// with a largest file it may write (a disk that fills up), or a copy of it
+// standing alone without its Qt module.
+Captured exec(Desk& d, const std::string& how, std::vector<std::string> args) {
+  std::string program = TRELVANE_CLI;
+  if (how == "alone") {
+    std::filesystem::create_directory(d.dir / "alone");
+    const std::string alone = (d.dir / "alone" / "trelvane-cli").string();
+    std::filesystem::copy_file(program, alone, std::filesystem::copy_options::skip_existing);
+    program = alone;
+  }
+  args.insert(args.begin(), program);
+  const std::string out = (d.dir / ".out").string(), err = (d.dir / ".err").string();
+  if (const pid_t pid = ::fork(); pid == 0) {
+    if (!std::freopen(out.c_str(), "w", stdout) || !std::freopen(err.c_str(), "w", stderr)) ::_exit(120);
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    if (how.rfind("limit", 0) == 0) {
+      ::signal(SIGXFSZ, SIG_IGN);  // a write past the limit fails with EFBIG instead
+      const rlimit lim{std::stoul(how.substr(5)), std::stoul(how.substr(5))};
+      if (::setrlimit(RLIMIT_FSIZE, &lim) != 0) ::_exit(121);
+    }
+    if (how == "nobody" && ::getuid() == 0 && (::setgroups(0, nullptr) || ::setgid(65534) || ::setuid(65534))) ::_exit(122);
+    std::vector<char*> argv;
+    for (std::string& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    ::execv(argv[0], argv.data());
+    ::_exit(127);
+  } else {
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    Captured r{WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), "", ""};
+    for (auto [name, text] : {std::pair{out, &r.out}, {err, &r.err}}) {
+      std::ifstream in(name, std::ios::binary);
+      *text = std::string(std::istreambuf_iterator<char>(in), {});
+      std::filesystem::remove(name);
+    }
+    return r;
+  }
+}
+
+// Runs the program (or, with a hook, compare directly; or, with how, the real
+// program as exec does) on the arguments, "''" an empty one.
+Captured call(Desk& d, const std::string& line, bool terminal = false, const cli::DoEventsHook& hook = {},
+              const std::string& how = "") {
   std::vector<std::string> args;
   std::istringstream words(line);
   for (std::string w; words >> w;) {
@@ -33,6 +80,7 @@ Captured call(Desk& d, const std::string& line, bool terminal = false, const cli
       for (std::size_t at; (at = w.find(mark)) != std::string::npos;) w.replace(at, std::strlen(mark), root);
     args.push_back(w == "''" ? "" : w);
   }
+  if (!how.empty()) return exec(d, how, args);
   cli::Console c{std::tmpfile(), std::tmpfile(), terminal};
   Captured r;
   r.status = hook ? cli::runComparison(false, std::vector(args.begin() + 1, args.end()), c, hook) : cli::cliMain(args, c);
@@ -72,6 +120,21 @@ const std::map<std::string, Step> kSteps = {
     {"run", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v)); }},
     // the same, its standard output counted, not listed
     {"runq", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v), false); }},
+    // the real program; as the unprivileged user; standing alone; with a largest file of BYTES
+    {"exec", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v, false, {}, "plain")); }},
+    {"exec-nobody", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v, false, {}, "nobody")); }},
+    {"exec-alone", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v, false, {}, "alone")); }},
+    {"exec-limit", [](Desk& d, const std::string& v, std::ostream& out) {
+       report(out, call(d, v.substr(v.find(' ') + 1), false, {}, "limit" + v.substr(0, v.find(' '))));
+     }},
+    // a file the owner only may read, or a folder everyone may only read
+    {"chmod", [](Desk& d, const std::string& v, std::ostream&) {
+       std::filesystem::permissions(d.path(v.substr(v.find(' ') + 1)), static_cast<std::filesystem::perms>(std::stoi(v, nullptr, 8)));
+     }},
+    // the Qt module copied beside the program standing alone
+    {"module", [](Desk& d, const std::string&, std::ostream&) {
+       std::filesystem::copy_file(std::filesystem::path(TRELVANE_CLI).parent_path() / "trelvane-cli-qt.so", d.dir / "alone" / "trelvane-cli-qt.so");
+     }},
     // with standard error a terminal
     {"tty", [](Desk& d, const std::string& v, std::ostream& out) { report(out, call(d, v, true)); }},
     // compare with a stop asked at the Nth DoEvents of the run (0 never), and the count of them
@@ -127,6 +190,9 @@ class Cli : public ::testing::TestWithParam<cases::Case> {};
 TEST_P(Cli, GivesItsTranscript) { cases::expectTranscript(GetParam(), runDesk(GetParam(), kSteps), false); }
 
 INSTANTIATE_TEST_SUITE_P(, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/cli.cases")), cases::caseName);
+// The rows of bad input and bad destinations of docs/robustness.md, on the program itself.
+INSTANTIATE_TEST_SUITE_P(BadInput, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/bad_input.cases")),
+                         cases::caseName);
 
 // Every option reaches its own field, values kept as typed.
 TEST(ComparisonOptions, EachOptionReachesItsField) {

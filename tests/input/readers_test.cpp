@@ -2,7 +2,6 @@
 // and the fill by the code table against the fill through cleaned lines.
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <memory>
 
 #include "input/panel.h"
@@ -47,27 +46,6 @@ const std::map<std::string, Step> kSteps = {
     {"EFWS_LostFocus", [](Desk& d, const std::string&, std::ostream&) { EFWS_LostFocus(d.form); }},
     {"cd", [](Desk& d, const std::string&, std::ostream&) { std::filesystem::current_path(d.dir); }},
     {"m2", [](Desk& d, const std::string& v, std::ostream&) { (d.st.m2 = MemoryBlock(std::stoi(v))).set(0, 77); }},
-    // N bytes of a fixed generator from SEED: every byte value, many times over
-    {"noise", [](Desk& d, const std::string& v, std::ostream&) {
-       std::istringstream in(v);
-       std::string name, bytes;
-       uint32_t n = 0, x = 0;
-       in >> name >> n >> x;
-       while (n-- > 0) x = x * 1103515245u + 12345u, bytes += static_cast<char>(x >> 23);
-       std::ofstream(d.path(name), std::ios::binary) << bytes;
-     }},
-    // the first N bytes of a file, with OLD replaced by NEW where given
-    {"copy", [](Desk& d, const std::string& v, std::ostream&) {
-       std::istringstream in(v);
-       std::string name, from, a, b;
-       std::size_t n = 0;
-       in >> name >> from >> n >> a >> b;
-       std::ifstream source(d.path(from), std::ios::binary);
-       std::string bytes(std::istreambuf_iterator<char>(source), {});
-       bytes.resize(std::min(n, bytes.size()));
-       if (!a.empty()) bytes.replace(bytes.find(a), a.size(), b);
-       std::ofstream(d.path(name), std::ios::binary) << bytes;
-     }},
     // the longest side read from a source of changing passes, at most LIMIT characters
     {"passes", [](Desk& d, const std::string& v, std::ostream&) {
        const std::size_t space = v.find(' ');

@@ -4,16 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QCoreApplication>
-#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QMimeData>
-#include <QUrl>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QUrl>
 #include <QtTest/QTest>
 
 #include <fstream>
@@ -21,6 +19,7 @@
 #include <string>
 
 #include "shell/runhost.h"
+#include "shell/widgets.h"
 #include "shell/window1.h"
 
 namespace trelvane::shell::test {

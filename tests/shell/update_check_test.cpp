@@ -1,178 +1,184 @@
-// update_check_test.cpp -- the update check's texts, against pages and failures of a site on 127.0.0.1.
+// update_check_test.cpp -- the update check's texts, against pages and failures of a site on 127.0.0.1;
+// trelvane-cli check-update against the same site: texts, brakes, statuses.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-
-#include <memory>
-#include <string>
-#include <vector>
+#include <QProcess>
+#include <QSysInfo>
 
 #include "shell/update_check.h"
-#include "update_site.h"
+#include "support/local_server.h"
 
 namespace trelvane::shell {
 namespace {
 
-using test::runFor;
-using test::runUntil;
-using test::UpdateSite;
+using testsupport::LocalServer;
+using testsupport::runFor;
+using testsupport::runUntil;
+using Texts = std::vector<std::string>;
 
 [[maybe_unused]] ::testing::Environment* const qtEnvironment =
     ::testing::AddGlobalTestEnvironment(new testsupport::CoreApplicationEnvironment);
 
-const char kVersion[] = "1.0.0 Trelvane for Test";
+const std::string kVersion = "1.0.0 Trelvane for Test";
+// The request of the version page, byte for byte.
+const std::string kRequest = "GET /update/version.html HTTP/1.1\r\nUser-Agent: BasicHTTP/1.0\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n";
 
-// pageText, row by row
+std::string line(const std::string& version, const std::string& message) { return "Your version is " + version + "\n" + message + "\n"; }
 
-struct PageCase {
-  const char* name;
-  const char* version;
-  std::string content;
-  std::string text;  // behind the version line
-  bool upgrade;
-};
-
-class PageTextTest : public ::testing::TestWithParam<PageCase> {};
-
-TEST_P(PageTextTest, ShowsFirstLineAndVerdict) {
-  const PageCase& c = GetParam();
-  bool upgrade = !c.upgrade;
-  EXPECT_EQ(pageText(c.version, c.content, &upgrade), "Your version is " + std::string(c.version) + "\n" + c.text);
-  EXPECT_EQ(upgrade, c.upgrade);
+// The first word of the first line against the version's; the further lines shown with an upgrade.
+TEST(PageText, ShowsTheFirstLineAndTheVerdict) {
+  const std::tuple<const char*, std::string, std::string, bool> rows[] = {
+      {"1.0.0 Trelvane", "1.0.0 released in spring\nnotes", "Up-to-date version is 1.0.0 released in spring\nYou're up-to-date !", false},
+      {"1.0.0b Trelvane", "1.0.0B\n", "Up-to-date version is 1.0.0B\nYou're up-to-date !", false},  // letter case ignored
+      {"1.0.0 Trelvane", "1.1.0\nFaster scans\nA PDF writer", "Up-to-date version is 1.1.0\nYou need to upgrade !\nFaster scans\nA PDF writer", true},
+      {"1.0.0 Trelvane", "1.1.0\nFaster scans\n", "Up-to-date version is 1.1.0\nYou need to upgrade !\nFaster scans\n", true},
+      {"1.0.0 Trelvane", "1.0.0\r\nnotes\r\n", "Up-to-date version is 1.0.0\r\nYou need to upgrade !\nnotes\r\n", true},  // CR in the word
+      {"1.0.0 Trelvane", "1.0.0 and\rmore", "Up-to-date version is 1.0.0 and\rmore\nYou're up-to-date !", false},  // no LF: one line
+      {"1.0.0 Trelvane", "", "Up-to-date version is \nYou need to upgrade !", true},
+      {"2.0.0 Trelvane", "1.9.9\n", "Up-to-date version is 1.9.9\nYou need to upgrade !\n", true},  // a newer local one too
+      {"1.0.0 Trelvane", "<html>\n<body>Hello</body>\n</html>", "Up-to-date version is <html>\nYou need to upgrade !\n<body>Hello</body>\n</html>", true},
+      {"1.0.0 Trelvane", " 1.0.0\n", "Up-to-date version is  1.0.0\nYou need to upgrade !\n", true}};  // an empty first word
+  for (const auto& [version, content, text, upgrade] : rows) {
+    bool got = !upgrade;
+    EXPECT_EQ(pageText(version, content, &got), "Your version is " + std::string(version) + "\n" + text) << content;
+    EXPECT_EQ(got, upgrade) << content;
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Pages, PageTextTest,
-    ::testing::Values(
-        PageCase{"equal_first_word_more_text", kVersion, "1.0.0 released in spring\nnotes",
-                 "Up-to-date version is 1.0.0 released in spring\nYou're up-to-date !", false},
-        PageCase{"letter_case_ignored", "1.0.0b Trelvane", "1.0.0B\n", "Up-to-date version is 1.0.0B\nYou're up-to-date !",
-                 false},
-        PageCase{"newer_with_two_lines", kVersion, "1.1.0\nFaster scans\nA PDF writer",
-                 "Up-to-date version is 1.1.0\nYou need to upgrade !\nFaster scans\nA PDF writer", true},
-        PageCase{"trailing_line_end_gives_empty_last_line", kVersion, "1.1.0\nFaster scans\n",
-                 "Up-to-date version is 1.1.0\nYou need to upgrade !\nFaster scans\n", true},
-        PageCase{"crlf_keeps_cr_in_the_word", kVersion, "1.0.0\r\nnotes\r\n",
-                 "Up-to-date version is 1.0.0\r\nYou need to upgrade !\nnotes\r\n", true},
-        PageCase{"no_lf_is_one_line", kVersion, "1.0.0 and\rmore", "Up-to-date version is 1.0.0 and\rmore\nYou're up-to-date !",
-                 false},
-        PageCase{"empty_page", kVersion, "", "Up-to-date version is \nYou need to upgrade !", true},
-        PageCase{"local_newer_than_site_still_upgrades", "2.0.0 Trelvane", "1.9.9\n",
-                 "Up-to-date version is 1.9.9\nYou need to upgrade !\n", true},
-        PageCase{"not_a_version_page", kVersion, "<html>\n<body>Hello</body>\n</html>",
-                 "Up-to-date version is <html>\nYou need to upgrade !\n<body>Hello</body>\n</html>", true},
-        PageCase{"leading_blank_is_an_empty_word", kVersion, " 1.0.0\n",
-                 "Up-to-date version is  1.0.0\nYou need to upgrade !\n", true}),
-    [](const ::testing::TestParamInfo<PageCase>& info) { return std::string(info.param.name); });
-
-// The check on a live site
-
-class UpdateCheckTest : public ::testing::Test {
- protected:
-  // A check of the site's update folder that records every text it shows.
-  std::unique_ptr<UpdateCheck> startCheck(const std::string& base, const std::string& version = kVersion) {
-    auto check = std::make_unique<UpdateCheck>(version, base);
-    check->changed = [this](const UpdateCheck& c) { texts_.push_back(c.text()); };
-    check->start();
-    return check;
-  }
-  static std::string line(const std::string& message) { return "Your version is " + std::string(kVersion) + "\n" + message + "\n"; }
-
-  UpdateSite site_;
-  std::vector<std::string> texts_;
-};
-
-TEST_F(UpdateCheckTest, PagesOfTheSiteGiveTheirVerdict) {
+// Every text the check shows on a site, the stage it ends in, and what the site was asked.
+TEST(UpdateCheck, SitesGiveTheirStagesAndTexts) {
   using Stage = UpdateCheck::Stage;
-  struct Row { const char* name; UpdateSite::Answer answer; Stage stage; std::string verdict; };
-  const Row rows[] = {
-      {"EqualVersionIsUpToDate", UpdateSite::page("1.0.0\nThe first release\n"), Stage::UpToDate,
-       "Up-to-date version is 1.0.0\nYou're up-to-date !"},
-      {"DifferentVersionShowsFurtherLinesAndDL", UpdateSite::page("1.2.0 (spring)\nFaster scans\nA PDF writer"),
-       Stage::Upgrade, "Up-to-date version is 1.2.0 (spring)\nYou need to upgrade !\nFaster scans\nA PDF writer"},
-      {"EmptyPageEndedByCloseAsksToUpgrade", UpdateSite::raw("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"),
-       Stage::Upgrade, "Up-to-date version is \nYou need to upgrade !"},
+  const std::string closed = "http://127.0.0.1:" + std::to_string(testsupport::freePort()) + "/update/";
+  const struct {
+    const char* name;
+    std::map<std::string, LocalServer::Answer> answers;
+    bool noServer;
+    Stage stage;
+    Texts texts, paths;
+  } rows[] = {
+      {"equal version", {{"/update/version.html", LocalServer::page("1.0.0\nThe first release\n")}}, false, Stage::UpToDate,
+       {line(kVersion, "Initialization..."), line(kVersion, "Connected..."), "Your version is " + kVersion + "\nUp-to-date version is 1.0.0\nYou're up-to-date !"},
+       {"/update/version.html"}},
+      {"another version", {{"/update/version.html", LocalServer::page("1.2.0 (spring)\nFaster scans\nA PDF writer")}}, false, Stage::Upgrade,
+       {line(kVersion, "Initialization..."), line(kVersion, "Connected..."),
+        "Your version is " + kVersion + "\nUp-to-date version is 1.2.0 (spring)\nYou need to upgrade !\nFaster scans\nA PDF writer"},
+       {"/update/version.html"}},
+      {"empty page ended by the close", {{"/update/version.html", LocalServer::raw("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n")}}, false,
+       Stage::Upgrade, {line(kVersion, "Initialization..."), line(kVersion, "Connected..."), "Your version is " + kVersion + "\nUp-to-date version is \nYou need to upgrade !"},
+       {"/update/version.html"}},
+      {"not found", {}, false, Stage::ProtocolError,
+       {line(kVersion, "Initialization..."), line(kVersion, "Connected..."), line(kVersion, "Protocol error")}, {"/update/version.html"}},
+      {"a redirect, each hop connecting anew", {{"/update/version.html", nullptr}, {"/mirror/version.html", LocalServer::page("1.0.0\n")}}, false,
+       Stage::UpToDate, {line(kVersion, "Initialization..."), line(kVersion, "Connected..."), line(kVersion, "Connected..."),
+                         "Your version is " + kVersion + "\nUp-to-date version is 1.0.0\nYou're up-to-date !"},
+       {"/update/version.html", "/mirror/version.html"}},
+      {"no server: the Cancelled behind TCPError leaves the message", {}, true, Stage::NoConnection,
+       {line(kVersion, "Initialization..."), line(kVersion, "No internet connection is available")}, {}},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    UpdateSite site;
-    texts_.clear();
-    site.on("/update/version.html", row.answer);
-    auto check = startCheck(site.base());
-    ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-    EXPECT_EQ(check->stage(), row.stage);
-    EXPECT_EQ(check->text(), "Your version is 1.0.0 Trelvane for Test\n" + row.verdict);
-    EXPECT_EQ(check->DLVisible(), row.stage == Stage::Upgrade);
-    EXPECT_EQ(check->downloadURL(), site.base() + "Trelvane_Mac.zip");
-    ASSERT_EQ(site.requests().size(), 1u);
-    EXPECT_EQ(site.requests()[0], test::versionRequest());
-    // every stage replaced the one before
-    EXPECT_EQ(texts_, (std::vector<std::string>{line("Initialization..."), line("Connected..."), check->text()}));
+  for (const auto& r : rows) {
+    LocalServer site;
+    for (const auto& [path, answer] : r.answers) site.on(path, answer ? answer : LocalServer::redirect(site.root() + "/mirror/version.html"));
+    Texts texts;
+    UpdateCheck check(kVersion, r.noServer ? closed : site.base());
+    check.changed = [&texts](const UpdateCheck& c) { texts.push_back(c.text()); };
+    check.start();
+    ASSERT_TRUE(runUntil([&] { return check.finished(); })) << r.name;
+    runFor(100);
+    EXPECT_EQ(check.stage(), r.stage) << r.name;
+    EXPECT_EQ(texts, r.texts) << r.name;
+    EXPECT_EQ(check.DLVisible(), r.stage == Stage::Upgrade) << r.name;
+    EXPECT_EQ(check.downloadURL(), (r.noServer ? closed : site.base()) + "Trelvane_Mac.zip");
+    EXPECT_EQ(site.paths(), r.paths) << r.name;
+    if (!r.paths.empty()) EXPECT_EQ(site.requests()[0], kRequest) << r.name;
+    if (r.stage == Stage::ProtocolError) EXPECT_EQ(check.failedStatus(), 404);
   }
 }
 
-TEST_F(UpdateCheckTest, NotFoundIsAProtocolErrorAndCancelledChangesNothing) {
-  auto check = startCheck(site_.base());  // the site has no version.html
-  ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-  EXPECT_EQ(check->stage(), UpdateCheck::Stage::ProtocolError);
-  EXPECT_EQ(check->failedStatus(), 404);
-  EXPECT_EQ(check->text(), line("Protocol error"));
-  EXPECT_FALSE(check->DLVisible());
+TEST(UpdateCheck, BadURLSilentSiteAndAbandonedCheck) {
+  UpdateCheck bad(kVersion, "http://localhost/update/");  // a host without a dot
+  bad.start();
+  EXPECT_TRUE(bad.finished());
+  EXPECT_EQ(bad.stage(), UpdateCheck::Stage::OperationError);
+  EXPECT_EQ(bad.operationMessage() + "|" + bad.text(), "Bad URL!|" + line(kVersion, "Operation error"));
+  LocalServer site;
+  site.on("/update/version.html", LocalServer::silent());
+  UpdateCheck silent(kVersion, site.base());
+  silent.start();
+  ASSERT_TRUE(runUntil([&] { return site.requests().size() == 1 && silent.text() == line(kVersion, "Connected..."); }));
   runFor(100);
-  EXPECT_EQ(texts_.back(), line("Protocol error"));
-  EXPECT_EQ(texts_.size(), 3u);
-}
-
-TEST_F(UpdateCheckTest, RedirectIsFollowed) {
-  site_.on("/update/version.html", UpdateSite::redirect(site_.root() + "/mirror/version.html"));
-  site_.on("/mirror/version.html", UpdateSite::page("1.0.0\n"));
-  auto check = startCheck(site_.base());
-  ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-  EXPECT_EQ(check->stage(), UpdateCheck::Stage::UpToDate);
-  EXPECT_EQ(site_.paths(), (std::vector<std::string>{"/update/version.html", "/mirror/version.html"}));
-  // each hop connects anew and says so
-  EXPECT_EQ(texts_, (std::vector<std::string>{line("Initialization..."), line("Connected..."), line("Connected..."),
-                                              check->text()}));
-}
-
-TEST_F(UpdateCheckTest, NoServerMeansNoConnectionAndNothingAfter) {
-  const std::string base = "http://127.0.0.1:" + std::to_string(test::closedPort()) + "/update/";
-  auto check = startCheck(base);
-  ASSERT_TRUE(runUntil([&] { return check->finished(); }));
-  EXPECT_EQ(check->stage(), UpdateCheck::Stage::NoConnection);
-  EXPECT_EQ(check->text(), line("No internet connection is available"));
-  EXPECT_FALSE(check->DLVisible());
-  runFor(100);
-  // the Cancelled behind TCPError left the message standing
-  EXPECT_EQ(texts_, (std::vector<std::string>{line("Initialization..."), line("No internet connection is available")}));
-}
-
-TEST_F(UpdateCheckTest, BadBaseURLIsAnOperationErrorAtOnce) {
-  auto check = startCheck("http://localhost/update/");  // a host without a dot
-  EXPECT_TRUE(check->finished());
-  EXPECT_EQ(check->stage(), UpdateCheck::Stage::OperationError);
-  EXPECT_EQ(check->operationMessage(), "Bad URL!");
-  EXPECT_EQ(check->text(), line("Operation error"));
-}
-
-TEST_F(UpdateCheckTest, SilentSiteLeavesConnected) {
-  site_.on("/update/version.html", UpdateSite::silent());
-  auto check = startCheck(site_.base());
-  ASSERT_TRUE(runUntil([&] { return site_.requests().size() == 1 && texts_.size() == 2; }));
-  EXPECT_FALSE(check->finished());
-  EXPECT_EQ(check->text(), line("Connected..."));
-}
-
-TEST_F(UpdateCheckTest, AbandonedCheckIgnoresThePage) {
-  site_.on("/update/version.html", UpdateSite::page("2.0.0\nnews"));
-  auto check = startCheck(site_.base());
-  check->abandon();
+  EXPECT_FALSE(silent.finished());
+  site.on("/update/version.html", LocalServer::page("2.0.0\nnews"));
+  UpdateCheck abandoned(kVersion, site.base());
+  abandoned.start();
+  abandoned.abandon();
   bool delivered = false;
-  check->BasicHTTP1().ProgressChange = [&](const std::string& m) { delivered |= m == "Download Complete!"; };
+  abandoned.BasicHTTP1().ProgressChange = [&](const std::string& m) { delivered |= m == "Download Complete!"; };
   ASSERT_TRUE(runUntil([&] { return delivered; }));
-  EXPECT_EQ(check->text(), line("Initialization..."));
-  EXPECT_FALSE(check->DLVisible());
-  EXPECT_FALSE(check->finished());
+  EXPECT_EQ(abandoned.text(), line(kVersion, "Initialization..."));
+  EXPECT_FALSE(abandoned.DLVisible() || abandoned.finished());
+}
+
+// The program runs while this process's loop keeps the site answering.
+TEST(CheckUpdateCli, TextsBrakesAndStatuses) {
+  const std::string app = std::string(TRELVANE_PROJECT_VERSION) + " Trelvane for " + QSysInfo::prettyProductName().toStdString();
+  const std::string version = TRELVANE_PROJECT_VERSION, big(1024 * 1024 - version.size() - 1, 'x');
+  LocalServer site;
+  site.on("/update/version.html", LocalServer::page(version + " is the latest\nold news\n"));
+  site.on("/new/version.html", LocalServer::page("99.0.0\nline one\nline two"));
+  site.on("/fits/version.html", LocalServer::page(version + "\n" + big));
+  site.on("/big/version.html", LocalServer::raw("HTTP/1.1 200 OK\r\n\r\n" + version + "\n" + big + "x"));  // no length: counted as it comes
+  site.on("/silent/version.html", LocalServer::silent());
+  site.on("/hops/version.html", LocalServer::redirect(site.root() + "/hop/1"));
+  site.on("/loop/version.html", LocalServer::redirect(site.root() + "/loop/1"));
+  for (int n = 1; n <= 11; ++n) {
+    site.on("/hop/" + std::to_string(n), n == 10 ? LocalServer::page(version + "\n") : LocalServer::redirect(site.root() + "/hop/" + std::to_string(n + 1)));
+    site.on("/loop/" + std::to_string(n), LocalServer::redirect(site.root() + "/loop/" + std::to_string(n + 1)));
+  }
+  const std::string closed = "http://127.0.0.1:" + std::to_string(testsupport::freePort()) + "/update/", r = site.root();
+  const std::string usage = "Try 'trelvane-cli check-update --help'";
+  const struct { Texts args; int status; std::string out, err; } rows[] = {
+      {{"--site", site.base()}, 0, "Your version is " + app + "\nUp-to-date version is " + version + " is the latest\nYou're up-to-date !", ""},
+      {{"--site=" + r + "/new/"}, 0, "Your version is " + app + "\nUp-to-date version is 99.0.0\nYou need to upgrade !\nline one\nline two", ""},
+      {{"--site", r + "/update"}, 0, "Your version is " + app + "\nUp-to-date version is " + version + " is the latest\nYou're up-to-date !", ""},  // the '/' added
+      {{"--site", closed}, 1, line(app, "No internet connection is available"),
+       "trelvane-cli: cannot reach " + closed + "version.html: the connection was refused or closed\n"},
+      {{"--site", r + "/none/"}, 1, line(app, "Protocol error"), "trelvane-cli: " + r + "/none/version.html answered with status 404\n"},
+      {{"--site", "http://localhost/update/"}, 1, line(app, "Operation error"),
+       "trelvane-cli: 'http://localhost/update/version.html' is not an http:// URL with a host name and a valid port\n"},
+      {{"--site", r + "/hops/"}, 0, "Your version is " + app + "\nUp-to-date version is " + version + "\nYou're up-to-date !", ""},
+      {{"--site", r + "/loop/"}, 1, line(app, "Connected..."), "trelvane-cli: gave up after 10 redirects; the next one led to " + r + "/loop/11\n"},
+      {{"--site", r + "/silent/", "--timeout", "0.5"}, 1, line(app, "Connected..."), "trelvane-cli: no answer from " + r + "/silent/version.html within 0.5 seconds\n"},
+      {{"--site", r + "/fits/"}, 0, "Your version is " + app + "\nUp-to-date version is " + version + "\nYou're up-to-date !", ""},
+      {{"--site", r + "/big/"}, 1, line(app, "Connected..."), "trelvane-cli: " + r + "/big/version.html is larger than 1 MiB, which no version page is\n"},
+      {{"--help"}, 0, "Usage: trelvane-cli check-update", ""},
+  };
+  for (const auto& row : rows) {
+    QStringList list{"check-update"};
+    for (const std::string& a : row.args) list << QString::fromStdString(a);
+    QProcess p;
+    p.start(TRELVANE_CLI, list);
+    ASSERT_TRUE(p.waitForStarted(10000) && runUntil([&] { return p.state() == QProcess::NotRunning; }, 60000)) << row.args[0];
+    const std::string out = p.readAllStandardOutput().toStdString(), err = p.readAllStandardError().toStdString();
+    EXPECT_EQ(p.exitCode(), row.status) << row.args.back() << err;
+    if (row.args[0] == "--help") {
+      EXPECT_TRUE(out.rfind(row.out, 0) == 0 && out.find("--site URL") != std::string::npos && out.find("--timeout S") != std::string::npos) << out;
+    } else {
+      EXPECT_EQ(out, row.out) << row.args.back();
+    }
+    EXPECT_EQ(err, row.err) << row.args.back();
+  }
+  EXPECT_EQ(site.requests()[0], kRequest);  // the window's request, byte for byte
+  for (const Texts& args : std::vector<Texts>{{"--timeout", "soon"}, {"--timeout", "0"}, {"--timeout", "-3"}, {"--timeout", "1e3"},
+                                             {"--site"}, {"--site="}, {"--verbose"}, {"extra"}, {"--help=yes"}}) {
+    QProcess p;
+    QStringList list{"check-update"};
+    for (const std::string& a : args) list << QString::fromStdString(a);
+    p.start(TRELVANE_CLI, list);
+    ASSERT_TRUE(p.waitForFinished(30000));
+    EXPECT_EQ(p.exitCode(), 2) << args[0];
+    EXPECT_EQ(p.readAllStandardOutput().toStdString(), "");
+    EXPECT_NE(p.readAllStandardError().toStdString().find(usage), std::string::npos) << args[0];
+  }
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 //   file NAME BYTES     a file of the case's folder ("NAME" quoted where it holds a blank)
 //   append NAME N UNIT  UNIT appended N times to a file
 //   folder NAME         a folder in the case's folder
+//   copy NAME SOURCE N [OLD|NEW]  the first N bytes of a file, every OLD replaced by NEW
+//   noise NAME N SEED   N bytes of a fixed generator: every byte value, many times over
 //   set FIELD=VALUE     a field of the form or the state ("f0=NAME" a file of the folder, "-" none)
 //   reset               a new window on the same folder
 // and the steps of the test that reads it. The transcript echoes each step and
@@ -20,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -151,6 +154,22 @@ inline std::string runDesk(const cases::Case& c, const std::map<std::string, Ste
       for (int n = std::stoi(value.substr(a + 1, b - a - 1)); n > 0; --n) file << value.substr(b + 1);
     } else if (key == "folder") {
       std::filesystem::create_directory(d->path(value));
+    } else if (key == "copy") {
+      const std::size_t a = value.find(' '), b = value.find(' ', a + 1), c = std::min(value.find(' ', b + 1), value.size());
+      std::ifstream source(d->path(value.substr(a + 1, b - a - 1)), std::ios::binary);
+      std::string bytes(std::istreambuf_iterator<char>(source), {});
+      bytes.resize(std::min<std::size_t>(std::stoull(value.substr(b + 1, c - b - 1)), bytes.size()));
+      const std::string swap = value.substr(std::min(c + 1, value.size())), old = swap.substr(0, swap.find('|'));
+      for (std::size_t at = 0; !old.empty() && (at = bytes.find(old, at)) != std::string::npos; at += swap.size() - old.size())
+        bytes.replace(at, old.size(), swap.substr(old.size() + 1));
+      std::ofstream(d->path(value.substr(0, a)), std::ios::binary) << bytes;
+    } else if (key == "noise") {
+      std::istringstream v(value);
+      std::string name, bytes;
+      uint32_t n = 0, x = 0;
+      v >> name >> n >> x;
+      while (n-- > 0) x = x * 1103515245u + 12345u, bytes += static_cast<char>(x >> 23);
+      std::ofstream(d->path(name), std::ios::binary) << bytes;
     } else if (key == "set") {
       const std::string name = value.substr(0, value.find('=')), v = value.substr(value.find('=') + 1);
       if (name == "f0" || name == "f1") d->st.f[name[1] - '0'] = v == "-" ? std::nullopt : std::optional(d->path(v));
@@ -170,10 +189,13 @@ inline std::string runDesk(const cases::Case& c, const std::map<std::string, Ste
     } else {
       ADD_FAILURE() << "no step " << key;
     }
-    const auto after = fieldsOf(*d);
-    for (std::size_t k = 0; k < after.size(); ++k)
-      if (k >= before.size() || after[k] != before[k])
-        out << "  " << after[k].first << "=" << cases::escaped(after[k].second, true) << "\n";
+    std::map<std::string, std::string> gone(before.begin(), before.end());
+    for (const auto& [name, value] : fieldsOf(*d)) {
+      const auto was = gone.find(name);
+      if (was == gone.end() || was->second != value) out << "  " << name << "=" << cases::escaped(value, true) << "\n";
+      if (was != gone.end()) gone.erase(was);
+    }
+    for (const auto& [name, value] : gone) out << "  " << name << " gone\n";
   }
   std::string t = out.str();
   for (auto [root, shown] : {std::pair{d->dir.string(), "$DIR"}, {TRELVANE_TEST_DATA, "@data"}, {TRELVANE_EXAMPLES, "@examples"}})

@@ -1,7 +1,7 @@
-// measure_main.cpp -- how long the main thread's work takes on the largest inputs: reading, drawing, painting.
+// robustness_measure.cpp -- how long the main thread's work takes on the largest inputs: reading, drawing, painting.
 //
 // Not a test: it prints milliseconds for docs/robustness.md. Run from the build
-// folder with QT_QPA_PLATFORM=offscreen: tests/robustness/robustness_measure
+// folder with QT_QPA_PLATFORM=offscreen: bench/robustness_measure
 #include <QImage>
 #include <QPainter>
 

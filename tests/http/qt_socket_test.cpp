@@ -1,0 +1,392 @@
+// qt_socket_test.cpp -- BasicHTTP on QtTCPSocket against scripted and hostile peers, and a real nginx, on 127.0.0.1.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "http/basichttp.h"
+#include "http/qttcpsocket.h"
+#include "support/local_server.h"
+
+namespace trelvane::http {
+namespace {
+
+using namespace testsupport;
+using Lines = std::vector<std::string>;
+
+[[maybe_unused]] ::testing::Environment* const qtEnvironment =
+    ::testing::AddGlobalTestEnvironment(new CoreApplicationEnvironment);
+
+// A client on the Qt socket and the events that shape and end its exchanges, as lines.
+struct Client {
+  QtTCPSocket* socket = new QtTCPSocket;
+  BasicHTTP http{std::unique_ptr<TCPSocket>(socket)};
+  Lines lines, pages;
+  std::optional<std::pair<std::string, std::string>> credentials;
+
+  Client() {
+    const auto b = [](bool v) { return std::string(v ? "true" : "false"); };
+    const auto log = [this](const std::string& l) { lines.push_back(l); };
+    http.Cancelled = [log] { log("Cancelled"); };
+    http.DataProgress = [log](double r, double t, double) { log("Data " + std::to_string(int64_t(r)) + "/" + std::to_string(int64_t(t))); };
+    http.FileReceived = [log, b](const std::string& t, const std::shared_ptr<FolderItem>&, bool g) { log("File " + t + "|" + b(g)); };
+    http.GotHeaders = [log, b](int32_t s, const HTTPHeaders&, bool i, bool o) { log("Headers " + std::to_string(s) + "|" + b(i) + "|" + b(o)); };
+    http.HandleRedirection = [log](const std::string& t) { return log("Redirection " + t), false; };
+    http.OperationError = [log, b](const std::string& m, bool f) { log("OperationError " + m + "|" + b(f)); };
+    http.PageReceived = [this, log, b](const std::string& t, const std::string& c, bool g) { pages.push_back(c), log("Page " + t + "|" + c + "|" + b(g)); };
+    http.ProgressChange = [log](const std::string& m) { log("Progress " + m); };
+    http.ProtocolError = [log](int32_t s, const HTTPHeaders&) { log("ProtocolError " + std::to_string(s)); };
+    http.TCPError = [log](int32_t c) { log("TCPError " + std::to_string(c)); };
+    http.FileUpdated = [log, b](const std::shared_ptr<FolderItem>&, bool p) { log("Updated " + b(p)); };
+    http.NeedAuthorization = [this, log](std::string& u, std::string& p) {
+      log("NeedAuthorization");
+      if (credentials) u = credentials->first, p = credentials->second;
+      return credentials.has_value();
+    };
+    http.BadRedirection = [log](const std::string& t) { log("BadRedirection " + t); };
+  }
+  Lines only(const Lines& prefixes) const {
+    Lines out;
+    for (const std::string& l : lines)
+      if (std::any_of(prefixes.begin(), prefixes.end(), [&](const std::string& p) { return l.rfind(p, 0) == 0; }))
+        out.push_back(l);
+    return out;
+  }
+  bool run() { return runUntil([this] { return !only({"Page", "File", "Cancelled"}).empty(); }); }
+};
+
+std::string readFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// Peers that answer with pieces at once (then closing in the same turn) or one every few milliseconds.
+TEST(QtTCPSocket, ScriptedPeers) {
+  std::vector<std::string> endless{"HTTP/1.1 200 OK\r\nX-Filler: "};
+  for (int i = 0; i < 64; ++i) endless.emplace_back(16384, 'a');
+  const struct {
+    const char* name;
+    LocalServer::Answer answer;
+    int idleMs, pendingLimit;
+    Lines want;  // the Page, Headers, TCPError and Cancelled events
+  } rows[] = {
+      {"page, then the peer's close", LocalServer::raw("HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n\r\nall of the body"), 0, 0,
+       {"Headers 200|false|false", "Page text/plain|all of the body|false"}},
+      // behind a 100 the rest of the read stays unread; the close hands it over as the body
+      {"bytes left unread handed over at the close", LocalServer::raw("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\n\r\nfinal"), 0, 0,
+       {"Headers 100|true|false", "Page |HTTP/1.1 200 OK\r\n\r\nfinal|false"}},
+      {"dripping body", LocalServer::drip({"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", "h", "e", "l", "l", "o"}, 30, false), 0, 0,
+       {"Headers 200|false|false", "Page |hello|false"}},
+      {"silent peer cut off", LocalServer::raw("HTTP/1.1 200 OK\r\n", false), 300, 0, {"TCPError 110", "Cancelled"}},
+      {"header that never ends cut off", LocalServer::drip(endless, 5, true), 0, 64 * 1024, {"TCPError 111", "Cancelled"}},
+  };
+  for (const auto& r : rows) {
+    LocalServer peer(r.answer);
+    Client c;
+    if (r.idleMs) c.socket->setIdleLimitMs(r.idleMs);
+    if (r.pendingLimit) c.socket->setPendingLimit(r.pendingLimit);
+    c.http.Get(peer.root() + "/v.html");
+    ASSERT_TRUE(c.run()) << r.name;
+    EXPECT_EQ(c.only({"Page", "Headers", "TCPError", "Cancelled"}), r.want) << r.name;
+    EXPECT_EQ(peer.requests(), Lines{"GET /v.html HTTP/1.1\r\nUser-Agent: BasicHTTP/1.0\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n"});
+  }
+}
+
+TEST(QtTCPSocket, RedirectReconnectsFromInsideTheDataEvent) {
+  LocalServer target(LocalServer::status(200, "OK", "target", ""));
+  LocalServer first(LocalServer::status(302, "Found", "skip", "Location: " + target.root() + "/t\r\n"));
+  Client c;
+  c.http.Get(first.root() + "/f");
+  ASSERT_TRUE(c.run());
+  EXPECT_EQ(c.only({"Redirection", "Page", "Cancelled"}), (Lines{"Redirection " + target.root() + "/t", "Page |target|false"}));
+  EXPECT_EQ(target.requests().size(), 1u);
+}
+
+TEST(QtTCPSocket, RefusedConnectionAndBadPortAreSocketErrorsNeverFromInsideConnect) {
+  for (auto [port, code] : {std::pair{std::to_string(freePort()), "TCPError 102"}, {std::string("70000"), "TCPError 107"}}) {
+    Client c;
+    c.http.Get("http://127.0.0.1:" + port + "/");
+    EXPECT_TRUE(c.only({"TCPError"}).empty());
+    ASSERT_TRUE(c.run());
+    EXPECT_EQ(c.only({"TCPError", "Cancelled"}), (Lines{code, "Cancelled"}));
+  }
+}
+
+TEST(QtTCPSocket, StalledDownloadKeepsWhatCameAndStopEndsWithoutAnEvent) {
+  LocalServer peer(LocalServer::raw("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc", false));
+  const std::string file = std::filesystem::temp_directory_path() / ("trelvane-stalled-" + std::to_string(::getpid()));
+  Client c;
+  c.socket->setIdleLimitMs(300);
+  c.http.Download(peer.root() + "/f.bin", std::make_shared<FolderItem>(file));
+  ASSERT_TRUE(c.run());
+  EXPECT_EQ(c.only({"Updated", "TCPError", "Cancelled", "File"}), (Lines{"Updated true", "TCPError 110", "Cancelled"}));
+  EXPECT_EQ(readFile(file), "abc");
+  std::filesystem::remove(file);
+  Client s;
+  s.http.Get(peer.root() + "/");
+  ASSERT_TRUE(runUntil([&] { return !s.only({"Data"}).empty(); }));
+  s.http.Stop();
+  runFor(200);
+  EXPECT_EQ(s.only({"TCPError", "Cancelled", "Page", "Progress Download"}), Lines{"Progress Download Cancelled"});
+}
+
+// nginx, started as a child process on a free port with a configuration of
+// its own in a temporary folder, and stopped at the end.
+class Nginx : public ::testing::Test {
+ protected:
+  static std::string dataBin() {
+    std::string bytes(300000, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>((i * 7 + i / 256) & 0xFF);
+    return bytes;
+  }
+  static std::string chunkText(char x) {
+    std::string text;
+    for (int i = 0; i < 2000; ++i) text += "line " + std::to_string(i) + " " + x + "\r\n";
+    return text;
+  }
+  static void SetUpTestSuite() {
+    dir = new QTemporaryDir;
+    const std::string d = dir->path().toStdString(), p = std::to_string(port = freePort()), here = "http://127.0.0.1:" + p;
+    for (const char* sub : {"www/private", "www/chunk", "tmp"}) QDir(dir->path()).mkpath(sub);
+    const std::pair<std::string, std::string> files[] = {
+        {"nginx.conf",
+         "master_process off; worker_processes 1; events { worker_connections 64; }\nhttp { access_log off;\n"
+         "  client_body_temp_path " + d + "/tmp; proxy_temp_path " + d + "/tmp; fastcgi_temp_path " + d + "/tmp;\n"
+         "  uwsgi_temp_path " + d + "/tmp; scgi_temp_path " + d + "/tmp;\n"
+         "  types { text/html html; text/plain txt; application/octet-stream bin; }\n"
+         "  server { listen 127.0.0.1:" + p + "; root " + d + "/www;\n"
+         "    location = /moved { return 302 " + here + "/page.html; }\n"
+         "    location = /ftp-moved { return 302 ftp://127.0.0.1:" + p + "/page.html; }\n"
+         "    location = /echo { default_type text/plain; return 200 \"$request_method $request_uri "
+         "[$http_content_type] [$http_content_length] [$http_cookie] [$http_range]\"; }\n"
+         "    location = /cookie { default_type text/plain; add_header Set-Cookie \"session=abc; path=/\"; return 200 \"set\"; }\n"
+         "    location /private/ { auth_basic \"Trelvane\"; auth_basic_user_file " + d + "/htpasswd; }\n"
+         "    location /chunk/ { sub_filter 'x' 'y'; sub_filter_once off; sub_filter_types text/plain; } } }\n"},
+        {"htpasswd", "user:{PLAIN}secret\n"}, {"www/page.html", "<html>Trelvane</html>\n"}, {"www/data.bin", dataBin()},
+        {"www/chunk/text.txt", chunkText('x')}, {"www/private/secret.txt", "secret page\n"}};
+    for (const auto& [name, bytes] : files) std::ofstream(d + "/" + name, std::ios::binary) << bytes;
+    process = new QProcess;
+    process->setStandardErrorFile(dir->filePath("stderr.log"));
+    process->start("/usr/sbin/nginx", {"-p", dir->path(), "-c", dir->filePath("nginx.conf"), "-g",
+                                       QString::fromStdString("daemon off; pid " + d + "/nginx.pid; error_log " + d + "/error.log;")});
+    QTcpSocket probe;  // ready once it accepts a connection
+    for (QDeadlineTimer deadline(10000); !deadline.hasExpired() && process->state() != QProcess::NotRunning;) {
+      probe.connectToHost(QHostAddress::LocalHost, port);
+      if (probe.waitForConnected(200)) return;
+      process->waitForFinished(50);
+    }
+    error = "nginx is not answering: " + readFile(d + "/error.log") + readFile(d + "/stderr.log");
+  }
+  static void TearDownTestSuite() {
+    process->terminate();
+    if (!process->waitForFinished(5000)) process->kill(), process->waitForFinished(5000);
+    delete process;
+    delete dir;
+  }
+  void SetUp() override { ASSERT_EQ(error, ""); }
+  static std::string url(const std::string& path) { return "http://127.0.0.1:" + std::to_string(port) + path; }
+
+  static inline QTemporaryDir* dir;
+  static inline QProcess* process;
+  static inline quint16 port;
+  static inline std::string error;
+  Client c;
+};
+
+TEST_F(Nginx, PagesErrorsRedirectsAndCredentials) {
+  const std::string page = "Page text/html|<html>Trelvane</html>\n|false", ftp = "ftp://" + url("/page.html").substr(7);
+  const Lines redirects{"Redirection", "BadRedirection", "Page", "Cancelled"};
+  const struct { const char* path; Lines prefixes, want; } rows[] = {
+      {"/page.html", {"Progress", "Headers", "Page", "Cancelled", "TCPError"},
+       {"Progress Looking Up Host...", "Progress Waiting For Reply...", "Progress Receiving Data...",
+        "Headers 200|false|false", "Progress Download Complete!", page}},
+      {"/missing.html", {"ProtocolError", "Cancelled", "Page"}, {"ProtocolError 404", "Cancelled"}},
+      {"/moved", redirects, {"Redirection " + url("/page.html"), page}},
+      {"/ftp-moved", redirects, {"BadRedirection " + ftp, "Cancelled", "Redirection " + ftp, page}},
+      {"/private/secret.txt", {"NeedAuthorization", "Headers", "Page", "Cancelled"},
+       {"NeedAuthorization", "Headers 401|false|false", "Headers 200|false|false", "Page text/plain|secret page\n|false"}},
+  };
+  c.credentials = std::pair("user", "secret");
+  for (const auto& r : rows) {
+    c.lines.clear();
+    c.http.Get(url(r.path));
+    ASSERT_TRUE(runUntil([this] { return !c.only({"Page", "File", "ProtocolError"}).empty(); })) << r.path;
+    EXPECT_EQ(c.only(r.prefixes), r.want) << r.path;
+  }
+  int asked = 0;  // a wrong password once: the 401 page ends it
+  c.http.NeedAuthorization = [&](std::string& u, std::string& p) { return u = "user", p = "wrong", ++asked == 1; };
+  c.pages.clear(), c.lines.clear();
+  c.http.Get(url("/private/secret.txt"));
+  ASSERT_TRUE(c.run());
+  EXPECT_EQ(asked, 2);
+  ASSERT_EQ(c.pages.size(), 1u);
+  EXPECT_NE(c.pages[0].find("401 Authorization Required"), std::string::npos);
+}
+
+TEST_F(Nginx, ChunkedPageDownloadAndResumeGiveTheExactBytes) {
+  c.http.Get(url("/chunk/text.txt"));
+  ASSERT_TRUE(c.run());
+  EXPECT_TRUE(c.http.IsChunked);
+  EXPECT_EQ(c.pages, Lines{chunkText('y')});
+  const std::string file = dir->filePath("data.out").toStdString();
+  std::ofstream(file) << "stale";
+  c.lines.clear();
+  c.http.BufferSize = 8192;
+  c.http.Download(url("/data.bin"), std::make_shared<FolderItem>(file));
+  ASSERT_TRUE(c.run());
+  EXPECT_EQ(c.only({"File", "Cancelled", "TCPError"}), Lines{"File application/octet-stream|false"});
+  EXPECT_EQ(readFile(file), dataBin());
+  EXPECT_FALSE(c.only({"Updated false"}).empty());  // flushed in pieces
+  EXPECT_EQ(c.only({"Data"}).back(), "Data 300000/300000");
+  std::ofstream(file) << dataBin().substr(0, 123457);
+  c.lines.clear();
+  c.http.Resume(url("/data.bin"), std::make_shared<FolderItem>(file));
+  ASSERT_TRUE(c.run());
+  EXPECT_EQ(c.only({"Headers", "File", "Cancelled", "OperationError"}),
+            (Lines{"Headers 206|false|false", "File application/octet-stream|false"}));
+  EXPECT_EQ(c.http.Size, 300000);
+  EXPECT_EQ(readFile(file), dataBin());
+  c.http.Get(url("/echo"));  // the Range stays on the instance
+  ASSERT_TRUE(runUntil([this] { return c.pages.size() == 2; }));
+  EXPECT_EQ(c.pages.back(), "GET /echo [] [] [] [bytes=123457-]");
+}
+
+TEST_F(Nginx, RangeFormsAndCookiesReachTheServer) {
+  HTTPCookieList jar;
+  c.http.CookieReceived = [&jar](const HTTPCookie& cookie, bool) { jar.Add(cookie); };
+  c.http.AddCookies = [&jar](const std::string&, const std::string&) { return std::optional<HTTPCookieList>(jar); };
+  c.http.Get(url("/cookie"));
+  ASSERT_TRUE(c.run());
+  ASSERT_EQ(jar.Count(), 1);
+  EXPECT_EQ(jar.Cookies()[0].Domain + " " + jar.Cookies()[0].Path, ".127.0.0.1 /");
+  c.http.Init();
+  c.http.SetForm({"", "q", "n"}, {"", "a b", "1"}, true);
+  c.http.Get(url("/echo"));
+  ASSERT_TRUE(runUntil([this] { return c.pages.size() == 2; }));
+  c.http.SetForm({"", "q"}, {"", "a&b"}, false);
+  c.http.Get(url("/echo"));
+  ASSERT_TRUE(runUntil([this] { return c.pages.size() == 3; }));
+  EXPECT_EQ(c.pages, (Lines{"set", "POST /echo [application/x-www-form-urlencoded] [9] [session=abc] []",
+                            "GET /echo?q=a%26b [] [] [session=abc] []"}));
+}
+
+
+// Hostile update servers, against an owner that guards as the program's do.
+TEST(HostileServer, HeaderThatNeverEndsIsCutAtTheDefaultLimit) {
+  auto sent = std::make_shared<std::size_t>(0);
+  LocalServer peer([sent](QTcpSocket* conn, const std::string&) {
+    write(conn, "HTTP/1.1 200 OK\r\nX-Filler: ");
+    QObject::connect(conn, &QTcpSocket::bytesWritten, conn, [conn, sent] {  // as fast as the connection takes them
+      if (conn->bytesToWrite() < 65536 && *sent < (64u << 20)) write(conn, std::string(65536, 'a')), *sent += 65536;
+    });
+  });
+  Client c;
+  c.http.Get(peer.root() + "/version.html");
+  ASSERT_TRUE(c.run());
+  EXPECT_EQ(c.only({"TCPError", "Page"}), Lines{"TCPError 111"});
+  EXPECT_FALSE(c.http.HeaderReceived);
+  EXPECT_LT(*sent, 64u << 20) << "the client read on to the end of the stream";
+}
+
+// A byte at a time keeps the window's loop turning; the owner's stop ends the exchange with nothing delivered.
+TEST(HostileServer, DrippingServerLeavesTheLoopFreeAndIsStopped) {
+  std::vector<std::string> bytes;
+  for (char b : "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + std::string(1000, 'v')) bytes.push_back(std::string(1, b));
+  LocalServer peer(LocalServer::drip(bytes, 20, false));
+  Client c;
+  int turns = 0;
+  QTimer other;
+  QObject::connect(&other, &QTimer::timeout, [&turns] { ++turns; });
+  other.start(5);
+  c.http.Get(peer.root() + "/version.html");
+  const auto received = [&](std::size_t n) { return c.http.HeaderReceived && c.only({"Data"}).size() >= n; };
+  ASSERT_TRUE(runUntil([&] { return received(5); }));
+  const int turnsAtFive = turns;
+  ASSERT_TRUE(runUntil([&] { return received(10); }));
+  EXPECT_GT(turns, turnsAtFive) << "other events waited for the server";
+  c.http.Stop();
+  const std::size_t atStop = c.only({"Data"}).size();
+  runFor(200);
+  EXPECT_TRUE(c.pages.empty() && !c.http.Connected);
+  EXPECT_EQ(c.only({"Data"}).size(), atStop);
+}
+
+// 2 GB announced and streamed as fast as the loopback goes: the owner stops
+// above 1 MiB, as the update check does; the client holds no more than came.
+TEST(HostileServer, TwoGigabyteBodyIsStoppedByTheOwnersBound) {
+  auto sent = std::make_shared<uint64_t>(0);
+  auto closed = std::make_shared<bool>(false);
+  LocalServer peer([sent, closed](QTcpSocket* conn, const std::string&) {
+    write(conn, "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 2147483648\r\n\r\n");
+    QObject::connect(conn, &QTcpSocket::disconnected, [closed] { *closed = true; });
+    const auto more = [conn, sent] {
+      while (conn->bytesToWrite() < (1 << 20) && *sent < (2ull << 30)) write(conn, std::string(1 << 16, 'x')), *sent += 1 << 16;
+    };
+    QObject::connect(conn, &QTcpSocket::bytesWritten, conn, more);
+    more();
+  });
+  Client c;
+  double received = 0;
+  c.http.DataProgress = [&](double r, double, double) {
+    if ((received = r) > 1024 * 1024 && c.http.Connected) c.http.Stop();
+  };
+  c.http.Get(peer.root() + "/version.html");
+  ASSERT_TRUE(runUntil([&] { return *closed; }));
+  EXPECT_TRUE(c.pages.empty());
+  EXPECT_LT(received, 64.0 * 1024 * 1024);
+  EXPECT_LT(c.http.Buffer.size(), 64u << 20);
+  EXPECT_LT(*sent, 2ull << 30) << "the server was read to the end";
+}
+
+TEST(HostileServer, RedirectLoopIsBrakedByTheOwnerAfterTen) {
+  LocalServer peer;
+  peer.on("/version.html", LocalServer::raw("HTTP/1.1 302 Found\r\nLocation: " + peer.root() + "/version.html\r\nContent-Length: 0\r\n\r\n", false));
+  Client c;
+  int redirects = 0;
+  c.http.HandleRedirection = [&](const std::string& target) {
+    EXPECT_EQ(target, peer.root() + "/version.html");
+    return ++redirects > 10 && (c.http.Stop(), true);
+  };
+  c.http.Get(peer.root() + "/version.html");
+  ASSERT_TRUE(runUntil([&] { return redirects > 10; }));
+  runFor(100);
+  EXPECT_EQ(peer.requests().size(), 11u);
+  EXPECT_TRUE(c.pages.empty());
+}
+
+// A bad chunk size ends the page there; cookies with an unknown month, no
+// date or a year far out never stop the page, and each is judged by a date
+// of some calendar: one that reads as past has expired and is dropped.
+TEST(HostileServer, BadChunksAndBadCookieDatesNeverStopThePage) {
+  LocalServer peer;
+  peer.on("/chunked", LocalServer::raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhello\r\nzz\r\nworld\r\n0\r\n\r\n"));
+  peer.on("/cookies", LocalServer::raw("HTTP/1.1 200 OK\r\nSet-Cookie: a=1; expires=Tue, 15-Foo-2030 01:02:03 GMT; path=/\r\n"
+                                       "Set-Cookie: b=2; expires=yesterday; path=/\r\n"
+                                       "Set-Cookie: c=3; expires=Wed, 99-Dec-99999999999 99:99:99 GMT; path=/\r\n"
+                                       "Content-Length: 4\r\n\r\n1.20", false));
+  Client c;
+  std::vector<std::pair<HTTPCookie, bool>> cookies;
+  c.http.CookieReceived = [&](const HTTPCookie& cookie, bool expired) { cookies.emplace_back(cookie, expired); };
+  c.http.Get(peer.root() + "/chunked");
+  ASSERT_TRUE(c.run());
+  c.http.Get(peer.root() + "/cookies");
+  ASSERT_TRUE(runUntil([&] { return c.pages.size() == 2; }));
+  EXPECT_EQ(c.pages, (Lines{"hello", "1.20"}));
+  EXPECT_TRUE(c.only({"TCPError"}).empty());
+  ASSERT_EQ(cookies.size(), 2u);
+  EXPECT_EQ(cookies[0].first.Name + cookies[1].first.Name, "ac");  // c clamped far ahead, not wrapped into the past
+  ASSERT_TRUE(cookies[0].first.Expires.has_value());
+  EXPECT_EQ(cookies[0].first.Expires->Year() * 100 + cookies[0].first.Expires->Month(), 203012);  // December
+  EXPECT_FALSE(cookies[0].second || cookies[1].second);
+}
+
+}  // namespace
+}  // namespace trelvane::http
