@@ -6,6 +6,7 @@
 #include <ctime>
 #include <iterator>
 
+#include "event_log.h"
 #include "fake_socket.h"
 #include "http/basichttp.h"
 #include "http/httpmodule.h"
@@ -105,35 +106,9 @@ TEST_P(Client, GivesItsTranscript) {
   std::optional<BasicHTTP> h(std::in_place, std::unique_ptr<TCPSocket>(socket));
   HTTPHeaders list;
   HTTPCookieList jar;
-  std::vector<std::string> events;
-  int hops = 0, brake = -1;  // HandleRedirection answers true after `brake` redirects (never below 0)
-  std::optional<std::pair<std::string, std::string>> credentials;
-  std::optional<HTTPCookieList> cookies;
+  http::testing::EventLog log;
   const auto b = [](bool v) { return std::string(v ? "true" : "false"); };
-  const auto log = [&](const std::string& line) { events.push_back(line); };
-  const auto handlers = [&] {
-    h->Cancelled = [&] { log("Cancelled"); };
-    h->DataProgress = [&](double r, double t, double l) { log("Data " + Str(r) + "/" + Str(t) + "/" + Str(l)); };
-    h->FileReceived = [&](const std::string& type, const std::shared_ptr<FolderItem>&, bool g) { log("File " + type + "|" + b(g)); };
-    h->GotHeaders = [&](int32_t s, const HTTPHeaders&, bool i, bool o) { log("Headers " + std::to_string(s) + "|" + b(i) + "|" + b(o)); };
-    h->HandleRedirection = [&](const std::string& t) { return log("Redirection " + t), brake >= 0 && ++hops > brake; };
-    h->OperationError = [&](const std::string& m, bool f) { log("OperationError " + m + "|" + b(f)); };
-    h->PageReceived = [&](const std::string& type, const std::string& content, bool g) { log("Page " + type + "|" + content + "|" + b(g)); };
-    h->ProgressChange = [&](const std::string& m) { log("Progress " + m); };
-    h->ProtocolError = [&](int32_t s, const HTTPHeaders&) { log("ProtocolError " + std::to_string(s)); };
-    h->TCPError = [&](int32_t c) { log("TCPError " + std::to_string(c)); };
-    h->FileUpdated = [&](const std::shared_ptr<FolderItem>&, bool p) { log("Updated " + b(p)); };
-    h->NeedAuthorization = [&](std::string& user, std::string& password) {
-      log("NeedAuthorization");
-      if (credentials) user = credentials->first, password = credentials->second;
-      return credentials.has_value();
-    };
-    h->SockConnected = [&] { log("SockConnected"); };
-    h->CookieReceived = [&](const HTTPCookie& c, bool x) { log("Cookie " + c.Name + "=" + c.Value + "|" + c.Domain + "|" + c.Path + "|" + b(x)); };
-    h->AddCookies = [&](const std::string& a, const std::string& p) { return log("AddCookies " + a + "|" + p), cookies; };
-    h->BadRedirection = [&](const std::string& t) { log("BadRedirection " + t); };
-  };
-  handlers();
+  log.attach(*h);
   const auto file = [&](const std::string& name) { return name == "-" ? nullptr : std::make_shared<FolderItem>(d.path(name)); };
   std::map<std::string, std::function<void(const std::string&)>> act = {
       {"get", [&](const std::string& v) { h->Get(v); }},
@@ -170,14 +145,14 @@ TEST_P(Client, GivesItsTranscript) {
          h->Buffer = "old", h->Size = 9, h->Type = "text/html", h->Mode = 2, h->ResumeSize = 5, h->BufferSize = 10;
          h->HeaderReceived = h->Connected = h->IsChunked = h->ViaGrab = h->RememberSettings = v == "1";
        }},
-      {"credentials", [&](const std::string& v) { credentials = std::pair(split(v)[0], split(v)[1]); }},
-      {"brake", [&](const std::string& v) { brake = std::stoi(v); }},
+      {"credentials", [&](const std::string& v) { log.credentials = std::pair(split(v)[0], split(v)[1]); }},
+      {"brake", [&](const std::string& v) { log.brake = std::stoi(v); }},
       {"cookies", [&](const std::string& v) {
-         cookies = HTTPCookieList();
+         log.cookies = HTTPCookieList();
          for (const std::string& c : v.empty() ? std::vector<std::string>{} : split(v, ';')) {
            HTTPCookie k;
            k.Parse(c, ".example.com", "/", "/");
-           cookies->Add(k);
+           log.cookies->Add(k);
          }
        }},
       // a new client whose owner set no handler
@@ -187,14 +162,14 @@ TEST_P(Client, GivesItsTranscript) {
   for (const auto& [name, f] : act)
     steps[name] = [&, f](Desk&, const std::string& v, std::ostream& out) {
       f(v);
-      for (const std::string& e : events) out << "  ! " << cases::escaped(e, true) << "\n";
-      events.clear();
+      for (const std::string& e : log.lines) out << "  ! " << cases::escaped(e, true) << "\n";
+      log.lines.clear();
     };
   steps["call"] = [&](Desk&, const std::string& v, std::ostream& out) {
     const std::string fn = v.substr(0, v.find(' '));
     show(out, call(fn, split(v.substr(std::min(v.size(), fn.size() + 1))), *h, list, jar));
-    for (const std::string& e : events) out << "  ! " << cases::escaped(e, true) << "\n";
-    events.clear();
+    for (const std::string& e : log.lines) out << "  ! " << cases::escaped(e, true) << "\n";
+    log.lines.clear();
   };
   steps["request"] = [&](Desk&, const std::string& v, std::ostream& out) {
     for (const std::string& line : split(socket->requests.at(std::stoul(v)), '\n')) show(out, line);

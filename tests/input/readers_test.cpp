@@ -44,7 +44,6 @@ const std::map<std::string, Step> kSteps = {
     {"EFAnaFrom_TextChange", [](Desk& d, const std::string&, std::ostream&) { EFAnaFrom_TextChange(d.st, d.form); }},
     {"EFAnaTo_TextChange", [](Desk& d, const std::string&, std::ostream&) { EFAnaTo_TextChange(d.st, d.form); }},
     {"EFWS_LostFocus", [](Desk& d, const std::string&, std::ostream&) { EFWS_LostFocus(d.form); }},
-    {"cd", [](Desk& d, const std::string&, std::ostream&) { std::filesystem::current_path(d.dir); }},
     {"m2", [](Desk& d, const std::string& v, std::ostream&) { (d.st.m2 = MemoryBlock(std::stoi(v))).set(0, 77); }},
     // the longest side read from a source of changing passes, at most LIMIT characters
     {"passes", [](Desk& d, const std::string& v, std::ostream&) {

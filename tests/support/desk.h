@@ -8,6 +8,7 @@
 //   noise NAME N SEED   N bytes of a fixed generator: every byte value, many times over
 //   set FIELD=VALUE     a field of the form or the state ("f0=NAME" a file of the folder, "-" none)
 //   reset               a new window on the same folder
+//   cd                  into the case's folder, for names relative to it
 // and the steps of the test that reads it. The transcript echoes each step and
 // lists the fields it changed, "FIELD=VALUE", each in one line of text as
 // support/cases.h writes bytes, the folder written as $DIR. A step writes its
@@ -180,6 +181,8 @@ inline std::string runDesk(const cases::Case& c, const std::map<std::string, Ste
       TRELVANE_STATE_FIELDS(TRELVANE_SET)
 #undef TRELVANE_SET
       else ADD_FAILURE() << "no field " << name;
+    } else if (key == "cd") {
+      std::filesystem::current_path(d->dir);
     } else if (key == "reset") {
       std::destroy_at(&d->st);
       std::construct_at(&d->st)->open();
