@@ -2,17 +2,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <QDir>
 #include <QTimer>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
-#include "http/basichttp.h"
 #include "event_log.h"
 #include "http/qttcpsocket.h"
 #include "support/local_server.h"
@@ -109,8 +107,8 @@ TEST(QtTCPSocket, StalledDownloadKeepsWhatCameAndStopEndsWithoutAnEvent) {
   EXPECT_EQ(s.only({"TCPError", "Cancelled", "Page", "Progress Download"}), Lines{"Progress Download Cancelled"});
 }
 
-// nginx, started as a child process on a free port with a configuration of
-// its own in a temporary folder, and stopped at the end.
+// nginx, started as a child process on a free port with the configuration of
+// tests/data/http/nginx.conf and its pages, and stopped at the end.
 class Nginx : public ::testing::Test {
  protected:
   static std::string dataBin() {
@@ -118,36 +116,17 @@ class Nginx : public ::testing::Test {
     for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>((i * 7 + i / 256) & 0xFF);
     return bytes;
   }
-  static std::string chunkText(char x) {
-    std::string text;
-    for (int i = 0; i < 2000; ++i) text += "line " + std::to_string(i) + " " + x + "\r\n";
-    return text;
-  }
   static void SetUpTestSuite() {
     dir = new QTemporaryDir;
-    const std::string d = dir->path().toStdString(), p = std::to_string(port = freePort()), here = "http://127.0.0.1:" + p;
-    for (const char* sub : {"www/private", "www/chunk", "tmp"}) QDir(dir->path()).mkpath(sub);
-    const std::pair<std::string, std::string> files[] = {
-        {"nginx.conf",
-         "master_process off; worker_processes 1; events { worker_connections 64; }\nhttp { access_log off;\n"
-         "  client_body_temp_path " + d + "/tmp; proxy_temp_path " + d + "/tmp; fastcgi_temp_path " + d + "/tmp;\n"
-         "  uwsgi_temp_path " + d + "/tmp; scgi_temp_path " + d + "/tmp;\n"
-         "  types { text/html html; text/plain txt; application/octet-stream bin; }\n"
-         "  server { listen 127.0.0.1:" + p + "; root " + d + "/www;\n"
-         "    location = /moved { return 302 " + here + "/page.html; }\n"
-         "    location = /ftp-moved { return 302 ftp://127.0.0.1:" + p + "/page.html; }\n"
-         "    location = /echo { default_type text/plain; return 200 \"$request_method $request_uri "
-         "[$http_content_type] [$http_content_length] [$http_cookie] [$http_range]\"; }\n"
-         "    location = /cookie { default_type text/plain; add_header Set-Cookie \"session=abc; path=/\"; return 200 \"set\"; }\n"
-         "    location /private/ { auth_basic \"Trelvane\"; auth_basic_user_file " + d + "/htpasswd; }\n"
-         "    location /chunk/ { sub_filter 'x' 'y'; sub_filter_once off; sub_filter_types text/plain; } } }\n"},
-        {"htpasswd", "user:{PLAIN}secret\n"}, {"www/page.html", "<html>Trelvane</html>\n"}, {"www/data.bin", dataBin()},
-        {"www/chunk/text.txt", chunkText('x')}, {"www/private/secret.txt", "secret page\n"}};
-    for (const auto& [name, bytes] : files) std::ofstream(d + "/" + name, std::ios::binary) << bytes;
+    const std::string d = dir->path().toStdString();
+    std::string conf = readFile(TRELVANE_TEST_DATA "/http/nginx.conf");
+    for (auto [mark, value] : {std::pair{"@TMP@", d}, {"@PORT@", std::to_string(port = freePort())}, {"@WWW@", std::string(TRELVANE_TEST_DATA "/http/www")}})
+      for (std::size_t at; (at = conf.find(mark)) != std::string::npos;) conf.replace(at, std::strlen(mark), value);
+    std::ofstream(d + "/nginx.conf") << conf;
+    std::ofstream(d + "/data.bin", std::ios::binary) << dataBin();
     process = new QProcess;
     process->setStandardErrorFile(dir->filePath("stderr.log"));
-    process->start("/usr/sbin/nginx", {"-p", dir->path(), "-c", dir->filePath("nginx.conf"), "-g",
-                                       QString::fromStdString("daemon off; pid " + d + "/nginx.pid; error_log " + d + "/error.log;")});
+    process->start("/usr/sbin/nginx", {"-p", dir->path(), "-c", dir->filePath("nginx.conf"), "-g", "daemon off;"});
     QTcpSocket probe;  // ready once it accepts a connection
     for (QDeadlineTimer deadline(10000); !deadline.hasExpired() && process->state() != QProcess::NotRunning;) {
       probe.connectToHost(QHostAddress::LocalHost, port);
@@ -206,7 +185,9 @@ TEST_F(Nginx, ChunkedPageDownloadAndResumeGiveTheExactBytes) {
   c.http.Get(url("/chunk/text.txt"));
   ASSERT_TRUE(c.run());
   EXPECT_TRUE(c.http.IsChunked);
-  EXPECT_EQ(c.pages, Lines{chunkText('y')});
+  std::string text = readFile(TRELVANE_TEST_DATA "/http/www/chunk/text.txt");
+  std::replace(text.begin(), text.end(), 'x', 'y');
+  EXPECT_EQ(c.pages, Lines{text});
   const std::string file = dir->filePath("data.out").toStdString();
   std::ofstream(file) << "stale";
   c.lines.clear();
@@ -248,7 +229,6 @@ TEST_F(Nginx, RangeFormsAndCookiesReachTheServer) {
   EXPECT_EQ(c.pages, (Lines{"set", "POST /echo [application/x-www-form-urlencoded] [9] [session=abc] []",
                             "GET /echo?q=a%26b [] [] [session=abc] []"}));
 }
-
 
 // Hostile update servers, against an owner that guards as the program's do.
 TEST(HostileServer, HeaderThatNeverEndsIsCutAtTheDefaultLimit) {
@@ -317,25 +297,9 @@ TEST(HostileServer, TwoGigabyteBodyIsStoppedByTheOwnersBound) {
   EXPECT_LT(*sent, 2ull << 30) << "the server was read to the end";
 }
 
-TEST(HostileServer, RedirectLoopIsBrakedByTheOwnerAfterTen) {
-  LocalServer peer;
-  peer.on("/version.html", LocalServer::raw("HTTP/1.1 302 Found\r\nLocation: " + peer.root() + "/version.html\r\nContent-Length: 0\r\n\r\n", false));
-  Client c;
-  int redirects = 0;
-  c.http.HandleRedirection = [&](const std::string& target) {
-    EXPECT_EQ(target, peer.root() + "/version.html");
-    return ++redirects > 10 && (c.http.Stop(), true);
-  };
-  c.http.Get(peer.root() + "/version.html");
-  ASSERT_TRUE(runUntil([&] { return redirects > 10; }));
-  runFor(100);
-  EXPECT_EQ(peer.requests().size(), 11u);
-  EXPECT_TRUE(c.pages.empty());
-}
-
 // A bad chunk size ends the page there; cookies with an unknown month, no
-// date or a year far out never stop the page, and each is judged by a date
-// of some calendar: one that reads as past has expired and is dropped.
+// date or a year far out never stop the page: one that reads as past has
+// expired and is dropped.
 TEST(HostileServer, BadChunksAndBadCookieDatesNeverStopThePage) {
   LocalServer peer;
   peer.on("/chunked", LocalServer::raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhello\r\nzz\r\nworld\r\n0\r\n\r\n"));
@@ -344,19 +308,14 @@ TEST(HostileServer, BadChunksAndBadCookieDatesNeverStopThePage) {
                                        "Set-Cookie: c=3; expires=Wed, 99-Dec-99999999999 99:99:99 GMT; path=/\r\n"
                                        "Content-Length: 4\r\n\r\n1.20", false));
   Client c;
-  std::vector<std::pair<HTTPCookie, bool>> cookies;
-  c.http.CookieReceived = [&](const HTTPCookie& cookie, bool expired) { cookies.emplace_back(cookie, expired); };
   c.http.Get(peer.root() + "/chunked");
   ASSERT_TRUE(c.run());
   c.http.Get(peer.root() + "/cookies");
   ASSERT_TRUE(runUntil([&] { return c.pages.size() == 2; }));
   EXPECT_EQ(c.pages, (Lines{"hello", "1.20"}));
   EXPECT_TRUE(c.only({"TCPError"}).empty());
-  ASSERT_EQ(cookies.size(), 2u);
-  EXPECT_EQ(cookies[0].first.Name + cookies[1].first.Name, "ac");  // c clamped far ahead, not wrapped into the past
-  ASSERT_TRUE(cookies[0].first.Expires.has_value());
-  EXPECT_EQ(cookies[0].first.Expires->Year() * 100 + cookies[0].first.Expires->Month(), 203012);  // December
-  EXPECT_FALSE(cookies[0].second || cookies[1].second);
+  // b expired; c clamped far ahead, not wrapped into the past
+  EXPECT_EQ(c.only({"Cookie"}), (Lines{"Cookie a=1|.127.0.0.1|/|false", "Cookie c=3|.127.0.0.1|/|false"}));
 }
 
 }  // namespace

@@ -136,48 +136,6 @@ TEST_F(Runs, ClosingTheWindowDuringARunStopsItHarmlessly) {
   EXPECT_EQ(messages_.back(), "Computing...");  // what came after was dropped with the window
 }
 
-TEST_F(Runs, ReturnInAFieldPressesTheDefaultButtonOnTheFileTabOnly) {
-  chooseBoth();
-  find("EFWS")->setFocus();
-  QTest::keyClick(find("EFWS"), Qt::Key_Return);
-  EXPECT_EQ(w().PBRUN->text(), "Stop");
-  ASSERT_TRUE(waitFor([&] { return ended(w()); }));
-  EXPECT_EQ(messages_.back(), "End...");
-  EXPECT_EQ(w().state().windgraph, 30);
-  messages_.clear();
-  w().TabPanel1->setCurrentIndex(3);
-  find("EFFrom")->setFocus();
-  QTest::keyClick(find("EFFrom"), Qt::Key_Return);
-  EXPECT_EQ(w().PBRUN->text(), "Run");
-  EXPECT_TRUE(messages_.empty());
-}
-
-TEST_F(Runs, ACancelledSaveDialogLeavesNoFileAndTheRunGoesOn) {
-  chooseBoth();
-  find<QCheckBox>("CBFile")->click();
-  int asked = 0;
-  w().saveDialog = [&asked] { return ++asked, std::optional<std::string>(); };
-  w().PBRUN->click();
-  EXPECT_EQ(asked, 1);  // before the run, on the main thread
-  ASSERT_TRUE(waitFor([&] { return ended(w()); }));
-  EXPECT_EQ(messages_.back(), "End...");
-  EXPECT_NE(w().form().Results.find("Result is saved"), std::string::npos);
-  EXPECT_EQ(QDir(dir_.path()).entryList(QDir::Files).size(), 2);  // the two sequences only
-}
-
-TEST_F(Runs, ARunOnASequenceWithoutBasesIsRefused) {
-  choose(0, temp("n.fa", ">only N\n" + std::string(44, 'N') + "\n"));
-  find<QCheckBox>("CBCPG")->click();
-  ASSERT_TRUE(w().PBRUN->isEnabled());
-  w().PBRUN->click();
-  ASSERT_TRUE(waitFor([&] { return ended(w()); }));
-  ASSERT_EQ(messages_.size(), 1u);
-  EXPECT_EQ(w().Message->text().toStdString(), messages_[0]);
-  EXPECT_NE(messages_[0], "Message");
-  EXPECT_TRUE(w().TabPanel1->isEnabled());
-  EXPECT_EQ(w().form().Results, "");
-}
-
 // Both runs under way together; each ends with the report of a run of its
 // own, and neither window's results reach the other.
 class TwoWindows : public ShellTest {};

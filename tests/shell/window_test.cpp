@@ -14,6 +14,9 @@
 #include <QScreen>
 #include <QTabWidget>
 
+#include <numeric>
+#include <set>
+
 #include "shell/app.h"
 #include "shell/dotwindow.h"
 #include "shell_fixture.h"
@@ -23,6 +26,7 @@ namespace trelvane::shell::test {
 namespace {
 
 using trelvane::testing::Desk;
+using trelvane::testing::show;
 using trelvane::testing::Step;
 
 // One control in sight as a line: place, state and text.
@@ -53,7 +57,16 @@ class WindowScript : public ShellTest, public ::testing::WithParamInterface<case
 
 TEST_P(WindowScript, GivesItsTranscript) {
   Desk d;
+  std::string messages;  // the stage texts of runs, as they were shown
+  w().messageShown = [&messages](const std::string& text) { messages += text + "|"; };
+  w().runSeed = [] { return uint64_t{1}; };
+  // a step that may start a run returns once it has ended
+  const auto ended = [&] { ASSERT_TRUE(waitFor([&] { return !w().state().running && w().PBRUN->text() == "Run"; })); };
   d.more = [&](std::vector<std::pair<std::string, std::string>>& f) {
+    f.emplace_back("messages", messages);
+    std::set<std::string> files;
+    for (const auto& e : std::filesystem::directory_iterator(d.dir)) files.insert(e.path().filename().string());
+    f.emplace_back("files", std::accumulate(files.begin(), files.end(), std::string(), [](auto a, auto b) { return a + b + " "; }));
     for (QWidget* c : w().content()->findChildren<QWidget*>())  // the controls in sight
       if (c->isVisible() && !c->objectName().isEmpty() && !c->objectName().startsWith("qt_"))
         f.emplace_back("w." + c->objectName().toStdString(), describe(c, w().content()));
@@ -87,9 +100,12 @@ TEST_P(WindowScript, GivesItsTranscript) {
          QList<QUrl> urls;
          std::istringstream names(v.substr(v.find(' ') + 1));
          for (std::string n; names >> n;) urls << url(n);
-         trelvane::testing::show(out, dropOn(v.rfind("GBLong", 0) == 0 ? w().GBLong : w().GBShort, urls) ? "taken" : "refused");
+         show(out, dropOn(v.rfind("GBLong", 0) == 0 ? w().GBLong : w().GBShort, urls) ? "taken" : "refused");
        }},
-      {"click", [&](Desk&, const std::string& v, std::ostream&) { static_cast<QAbstractButton*>(widget(v))->click(); }},
+      {"click", [&](Desk&, const std::string& v, std::ostream&) { static_cast<QAbstractButton*>(widget(v))->click(), ended(); }},
+      {"save", [&](Desk&, const std::string& v, std::ostream& out) {  // the Save dialog's answer ("-" a cancel)
+         w().saveDialog = [&, v, &out = out] { return show(out, "Save dialog"), v == "-" ? std::nullopt : std::optional(d.path(v)); };
+       }},
       {"type", [&](Desk&, const std::string& v, std::ostream&) { typeInto(v.substr(0, v.find(' ')).c_str(), QString::fromStdString(v.substr(v.find(' ') + 1))); }},
       {"keys", [&](Desk&, const std::string& v, std::ostream&) {  // typed where the focus is
          QTest::keyClicks(QApplication::focusWidget(), QString::fromStdString(v));
@@ -98,6 +114,7 @@ TEST_P(WindowScript, GivesItsTranscript) {
          const std::map<std::string, std::pair<Qt::Key, Qt::KeyboardModifiers>> keys = {
              {"Return", {Qt::Key_Return, Qt::NoModifier}}, {"Enter", {Qt::Key_Enter, Qt::NoModifier}}, {"Paste", {Qt::Key_V, Qt::ControlModifier}}};
          QTest::keyClick(QApplication::focusWidget(), keys.at(v).first, keys.at(v).second);
+         ended();
        }},
       {"focus", [&](Desk&, const std::string& v, std::ostream&) { widget(v)->setFocus(); }},
       {"leave", [&](Desk&, const std::string& v, std::ostream&) { leave(v.c_str()); }},
@@ -133,7 +150,7 @@ TEST_P(WindowScript, GivesItsTranscript) {
          text += " | " + w().PBRUN->parentWidget()->objectName().toStdString() + " |";
          for (QWidget* next = w().PBRUN; (next = next->nextInFocusChain()) != w().PBRUN;)
            if (!next->objectName().isEmpty() && !next->objectName().startsWith("qt_")) text += " " + next->objectName().toStdString();
-         trelvane::testing::show(out, text);
+         show(out, text);
        }},
       {"dotplot", [&](Desk&, const std::string& v, std::ostream& out) {  // PBDot, or the dot window's Redraw
          if (v == "redraw") dotWindow()->findChild<QPushButton*>("PushButton1")->click();
@@ -141,7 +158,7 @@ TEST_P(WindowScript, GivesItsTranscript) {
          DotWindow* dot = dotWindow();
          const QRect c = dot->canvas()->geometry(), seen = dot->canvas()->visibleRegion().boundingRect();
          const QSize screen = QGuiApplication::primaryScreen()->availableGeometry().size();
-         trelvane::testing::show(out, dot->windowTitle().toStdString() + " " + std::to_string(dot->width()) + "x" +
+         show(out, dot->windowTitle().toStdString() + " " + std::to_string(dot->width()) + "x" +
                                          std::to_string(dot->height()) + (dot->width() <= screen.width() ? " on the screen" : "") +
                                          ", canvas at " + std::to_string(c.x()) + "," + std::to_string(c.y()) + " " +
                                          std::to_string(c.width()) + "x" + std::to_string(c.height()) + " seen " +
