@@ -7,9 +7,9 @@
 
 #include "check.h"
 #include "http/basichttp.h"
-#include "strictsocket.h"
+#include "http/fake_socket.h"
 
-using trelvane::fuzz::StrictSocket;
+using trelvane::http::testing::FakeSocket;
 using trelvane::http::BasicHTTP;
 
 namespace {
@@ -44,7 +44,7 @@ std::string chunked(const std::string& payload, uint8_t style) {
 // an odd one encodes the rest as chunks first, which must decode to it.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  BasicHTTP http{std::make_unique<StrictSocket>()};
+  BasicHTTP http{std::make_unique<FakeSocket>(true)};
   const std::string rest(reinterpret_cast<const char*>(data + 1), size - 1);
   if ((data[0] & 1) == 0) {
     const std::string page = http.ParseChunked(rest);

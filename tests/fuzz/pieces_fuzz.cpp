@@ -7,9 +7,9 @@
 
 #include "check.h"
 #include "http/basichttp.h"
-#include "strictsocket.h"
+#include "http/fake_socket.h"
 
-using trelvane::fuzz::StrictSocket;
+using trelvane::http::testing::FakeSocket;
 using trelvane::http::BasicHTTP;
 
 namespace {
@@ -27,7 +27,7 @@ constexpr int kMostConnections = 2 * (kRedirects + 2);
 // goes to the client's next connection. The peer closes when the input ends.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
-  auto* socket = new StrictSocket;
+  auto* socket = new FakeSocket(true);
   BasicHTTP http{std::unique_ptr<trelvane::http::TCPSocket>(socket)};
   int hops = 0, deliveries = 0;
   bool asked = false;
@@ -58,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
 
   std::size_t at = 1, sent = 0;
   while (socket->connecting || socket->open) {
-    FUZZ_CHECK(socket->connections <= kMostConnections, "redirects and retries are bounded");
+    FUZZ_CHECK(static_cast<int>(socket->targets.size()) <= kMostConnections, "redirects and retries are bounded");
     if (socket->connecting) {
       socket->accept();
       continue;
@@ -78,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     sent += n;
   }
 
-  FUZZ_CHECK(deliveries <= socket->connections, "at most one delivery per connection");
+  FUZZ_CHECK(deliveries <= static_cast<int>(socket->targets.size()), "at most one delivery per connection");
   FUZZ_CHECK(longestPage <= sent, "no page is longer than what came");
   FUZZ_CHECK(http.Buffer.size() <= sent, "nothing is buffered that did not come");
   return 0;

@@ -4,16 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QCoreApplication>
-#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QMimeData>
-#include <QUrl>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QUrl>
 #include <QtTest/QTest>
 
 #include <fstream>
@@ -21,18 +19,15 @@
 #include <string>
 
 #include "shell/runhost.h"
+#include "shell/widgets.h"
 #include "shell/window1.h"
 
 namespace trelvane::shell::test {
 
 inline QApplication& qtApp() {
   static int argc = 1;
-  static char name[] = "trelvane_shell_tests";
-  static char* argv[] = {name, nullptr};
-  static QApplication* app = [] {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    return new QApplication(argc, argv);
-  }();
+  static char name[] = "trelvane_shell_tests", *argv[] = {name, nullptr};
+  static QApplication* app = (qputenv("QT_QPA_PLATFORM", "offscreen"), new QApplication(argc, argv));
   return *app;
 }
 
@@ -91,17 +86,9 @@ class ShellTest : public ::testing::Test {
   }
 
   Window1& w() { return *window_; }
-  QWidget* find(const char* name) { return window_->content()->findChild<QWidget*>(QString::fromLatin1(name)); }
-  template <class W>
+  template <class W = QWidget>
   W* find(const char* name) {
     return window_->content()->findChild<W*>(QString::fromLatin1(name));
-  }
-  // A control's rectangle in window coordinates.
-  QRect rectOf(const char* name) {
-    QWidget* c = find(name);
-    EXPECT_NE(c, nullptr) << name;
-    if (!c) return {};
-    return QRect(c->mapTo(window_->content(), QPoint(0, 0)), c->size());
   }
   std::string temp(const char* name, const std::string& bytes) {
     const std::string path = dir_.filePath(QString::fromLatin1(name)).toStdString();
@@ -117,8 +104,7 @@ class ShellTest : public ::testing::Test {
   // The Filename buttons with a chosen path (or a cancel) instead of the dialog.
   void choose(int side, std::optional<std::string> path) {
     window_->openDialog = [path] { return path; };
-    if (side == 0) window_->BevelButton0_Action();
-    else window_->BevelButton1_Action();
+    side == 0 ? window_->BevelButton0_Action() : window_->BevelButton1_Action();
   }
   // Text typed into a field, then the focus moved away.
   void typeInto(const char* name, const QString& text) {

@@ -1,517 +1,201 @@
-// window_test.cpp -- Window1's controls, their resizing, the input panel's routes and the tabs' handlers.
+// window_test.cpp -- Window1 driven by scripts of user actions, with every named control each action changed;
+// its fixed layout, menus and the application object.
+#include <QAction>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
-#include <QDragEnterEvent>
-#include <QDropEvent>
 #include <QGroupBox>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
-#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
-#include <QGuiApplication>
-#include <QRadioButton>
 #include <QTabWidget>
-#include <QUrl>
 
-#include "model/estimation.h"
+#include <numeric>
+#include <set>
+
 #include "shell/app.h"
 #include "shell/dotwindow.h"
-#include "shell/widgets.h"
 #include "shell_fixture.h"
+#include "support/desk.h"
 
 namespace trelvane::shell::test {
 namespace {
 
-// layout
+using trelvane::testing::Desk;
+using trelvane::testing::show;
+using trelvane::testing::Step;
+
+// One control in sight as a line: place, state and text.
+std::string describe(QWidget* w, QWidget* content) {
+  const QRect r(w->mapTo(content, QPoint(0, 0)), w->size());
+  std::string s = std::to_string(r.x()) + "," + std::to_string(r.y()) + " " + std::to_string(r.width()) + "x" +
+                  std::to_string(r.height()) + (w->isEnabled() ? "" : " disabled") +
+                  (w->acceptDrops() ? " drops" : "");
+  const auto text = [](const QString& t) { return " [" + t.left(200).toStdString() + (t.size() > 200 ? "...]" : "]"); };
+  if (auto* e = qobject_cast<QLineEdit*>(w)) s += text(e->text()) + (e->hasSelectedText() ? " selected" + text(e->selectedText()) : "");
+  if (auto* b = qobject_cast<QAbstractButton*>(w)) s += text(b->text()) + (b->isCheckable() ? b->isChecked() ? " on" : " off" : "");
+  if (auto* l = qobject_cast<QLabel*>(w)) s += text(l->text());
+  if (auto* p = qobject_cast<QPlainTextEdit*>(w)) s += text(p->toPlainText());
+  if (auto* c = qobject_cast<QComboBox*>(w)) s += " #" + std::to_string(c->currentIndex());
+  if (auto* g = qobject_cast<QGroupBox*>(w)) s += text(g->title());
+  if (auto* p = qobject_cast<QProgressBar*>(w)) s += " " + std::to_string(p->value()) + "/" + std::to_string(p->maximum());
+  if (auto* t = qobject_cast<QTabWidget*>(w)) s += " tab " + std::to_string(t->currentIndex());
+  return s;
+}
+
+DotWindow* dotWindow() {
+  for (QWidget* top : QApplication::topLevelWidgets())
+    if (top->objectName() == "DotWindow" && top->isVisible()) return static_cast<DotWindow*>(top);
+  return nullptr;
+}
+
+class WindowScript : public ShellTest, public ::testing::WithParamInterface<cases::Case> {};
+
+TEST_P(WindowScript, GivesItsTranscript) {
+  Desk d;
+  std::string messages;  // the stage texts of runs, as they were shown
+  w().messageShown = [&messages](const std::string& text) { messages += text + "|"; };
+  w().runSeed = [] { return uint64_t{1}; };
+  // a step that may start a run returns once it has ended
+  const auto ended = [&] { ASSERT_TRUE(waitFor([&] { return !w().state().running && w().PBRUN->text() == "Run"; })); };
+  d.more = [&](std::vector<std::pair<std::string, std::string>>& f) {
+    f.emplace_back("messages", messages);
+    std::set<std::string> files;
+    for (const auto& e : std::filesystem::directory_iterator(d.dir)) files.insert(e.path().filename().string());
+    f.emplace_back("files", std::accumulate(files.begin(), files.end(), std::string(), [](auto a, auto b) { return a + b + " "; }));
+    for (QWidget* c : w().content()->findChildren<QWidget*>())  // the controls in sight
+      if (c->isVisible() && !c->objectName().isEmpty() && !c->objectName().startsWith("qt_"))
+        f.emplace_back("w." + c->objectName().toStdString(), describe(c, w().content()));
+    const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
+    f.emplace_back("clipboard", !mime ? "" : mime->hasImage() ? "image " + std::to_string(qvariant_cast<QImage>(mime->imageData()).width()) + "x" +
+                                                       std::to_string(qvariant_cast<QImage>(mime->imageData()).height()) +
+                                                       (mime->data("image/png").startsWith("\x89PNG") ? " png" : "") +
+                                                       (mime->data("image/svg+xml").contains("<svg") ? " svg" : "")
+                                                 : mime->text().toStdString());
+    f.emplace_back("window", w().windowTitle().toStdString() + " " + std::to_string(w().content()->width()) + "x" +
+                                 std::to_string(w().content()->height()));
+    f.emplace_back("focus", QApplication::focusWidget() ? QApplication::focusWidget()->objectName().toStdString() : "");
+    const ComparisonState& st = w().state();
+    f.emplace_back("state", "nbbases " + std::to_string(st.nbbases) + " nbbases1 " + std::to_string(st.nbbases1) +
+                                " windgraph " + std::to_string(st.windgraph) + " changegraph " + std::to_string(st.changegraph) +
+                                " f0 " + st.f[0].value_or("-") + " f1 " + st.f[1].value_or("-") +
+                                (st.pct ? " pct " + std::to_string(st.pct->width) + "x" + std::to_string(st.pct->height) : ""));
+#define TRELVANE_FIELD_OF(x) f.emplace_back("form." #x, trelvane::testing::fieldText(w().form().x));
+    TRELVANE_FORM_FIELDS(TRELVANE_FIELD_OF)
+#undef TRELVANE_FIELD_OF
+  };
+  const auto url = [&](const std::string& name) {
+    return name.rfind("https:", 0) == 0 ? QUrl(QString::fromStdString(name)) : QUrl::fromLocalFile(QString::fromStdString(d.path(name)));
+  };
+  const auto widget = [&](const std::string& name) { return find(name.c_str()); };
+  std::map<std::string, Step> steps = {
+      {"choose", [&](Desk&, const std::string& v, std::ostream&) {
+         choose(std::stoi(v), v.substr(2) == "-" ? std::nullopt : std::optional(d.path(v.substr(2))));
+       }},
+      {"drop", [&](Desk&, const std::string& v, std::ostream& out) {  // BOX NAME [NAME]
+         QList<QUrl> urls;
+         std::istringstream names(v.substr(v.find(' ') + 1));
+         for (std::string n; names >> n;) urls << url(n);
+         show(out, dropOn(v.rfind("GBLong", 0) == 0 ? w().GBLong : w().GBShort, urls) ? "taken" : "refused");
+       }},
+      {"click", [&](Desk&, const std::string& v, std::ostream&) { static_cast<QAbstractButton*>(widget(v))->click(), ended(); }},
+      {"save", [&](Desk&, const std::string& v, std::ostream& out) {  // the Save dialog's answer ("-" a cancel)
+         w().saveDialog = [&, v, &out = out] { return show(out, "Save dialog"), v == "-" ? std::nullopt : std::optional(d.path(v)); };
+       }},
+      {"type", [&](Desk&, const std::string& v, std::ostream&) { typeInto(v.substr(0, v.find(' ')).c_str(), QString::fromStdString(v.substr(v.find(' ') + 1))); }},
+      {"keys", [&](Desk&, const std::string& v, std::ostream&) {  // typed where the focus is
+         QTest::keyClicks(QApplication::focusWidget(), QString::fromStdString(v));
+       }},
+      {"key", [&](Desk&, const std::string& v, std::ostream&) {
+         const std::map<std::string, std::pair<Qt::Key, Qt::KeyboardModifiers>> keys = {
+             {"Return", {Qt::Key_Return, Qt::NoModifier}}, {"Enter", {Qt::Key_Enter, Qt::NoModifier}}, {"Paste", {Qt::Key_V, Qt::ControlModifier}}};
+         QTest::keyClick(QApplication::focusWidget(), keys.at(v).first, keys.at(v).second);
+         ended();
+       }},
+      {"focus", [&](Desk&, const std::string& v, std::ostream&) { widget(v)->setFocus(); }},
+      {"leave", [&](Desk&, const std::string& v, std::ostream&) { leave(v.c_str()); }},
+      {"tab", [&](Desk&, const std::string& v, std::ostream&) { w().TabPanel1->setCurrentIndex(std::stoi(v)); }},
+      {"size", [&](Desk&, const std::string& v, std::ostream&) {
+         w().setContentSize(std::stoi(v), std::stoi(v.substr(v.find(' '))));
+         QCoreApplication::processEvents();
+       }},
+      {"resizeEnded", [&](Desk&, const std::string&, std::ostream&) { w().resizeEnded(); }},
+      {"form", [&](Desk&, const std::string& v, std::ostream&) {
+         const std::string name = v.substr(0, v.find('=')), value = v.substr(v.find('=') + 1);
+#define TRELVANE_SET(x) if (name == #x) trelvane::testing::assign(w().form().x, value);
+         TRELVANE_FORM_FIELDS(TRELVANE_SET)
+#undef TRELVANE_SET
+         w().refresh();
+       }},
+      {"choice", [&](Desk&, const std::string& v, std::ostream&) {  // a choice in PupModel
+         w().PupModel->setCurrentIndex(std::stoi(v));
+         emit w().PupModel->activated(std::stoi(v));
+       }},
+      {"clipboard", [&](Desk&, const std::string& v, std::ostream&) { QGuiApplication::clipboard()->setText(QString::fromStdString(v)); }},
+      {"menu", [&](Desk&, const std::string& v, std::ostream&) { w().menuBar()->findChild<QAction*>(QString::fromStdString(v))->trigger(); }},
+      {"nopicture", [&](Desk&, const std::string&, std::ostream&) { w().state().pct = nullptr; }},
+      // the tabs, the menus with their shortcuts, the order of the focus from PBRUN, the parent of PBRUN
+      {"layout", [&](Desk&, const std::string&, std::ostream& out) {
+         std::string text;
+         for (int i = 0; i < w().TabPanel1->count(); ++i) text += w().TabPanel1->tabText(i).toStdString() + " ";
+         for (QAction* menu : w().menuBar()->actions()) {
+           text += "| " + menu->text().toStdString() + ":";
+           for (QAction* a : menu->menu()->actions())
+             text += " " + a->objectName().toStdString() + " " + a->text().toStdString() + " " + a->shortcut().toString().toStdString() + ";";
+         }
+         text += " | " + w().PBRUN->parentWidget()->objectName().toStdString() + " |";
+         for (QWidget* next = w().PBRUN; (next = next->nextInFocusChain()) != w().PBRUN;)
+           if (!next->objectName().isEmpty() && !next->objectName().startsWith("qt_")) text += " " + next->objectName().toStdString();
+         show(out, text);
+       }},
+      {"dotplot", [&](Desk&, const std::string& v, std::ostream& out) {  // PBDot, or the dot window's Redraw
+         if (v == "redraw") dotWindow()->findChild<QPushButton*>("PushButton1")->click();
+         else w().PBDot->click();
+         DotWindow* dot = dotWindow();
+         const QRect c = dot->canvas()->geometry(), seen = dot->canvas()->visibleRegion().boundingRect();
+         const QSize screen = QGuiApplication::primaryScreen()->availableGeometry().size();
+         show(out, dot->windowTitle().toStdString() + " " + std::to_string(dot->width()) + "x" +
+                                         std::to_string(dot->height()) + (dot->width() <= screen.width() ? " on the screen" : "") +
+                                         ", canvas at " + std::to_string(c.x()) + "," + std::to_string(c.y()) + " " +
+                                         std::to_string(c.width()) + "x" + std::to_string(c.height()) + " seen " +
+                                         std::to_string(seen.width()) + " wide, dots " + std::to_string(dot->picture()->dots.count()));
+       }},
+  };
+  cases::expectTranscript(GetParam(), trelvane::testing::runDesk(GetParam(), steps, &d), false);
+  if (DotWindow* dot = dotWindow()) dot->close();
+}
+
+INSTANTIATE_TEST_SUITE_P(, WindowScript, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/shell/window.cases")),
+                         cases::caseName);
 
 class Layout : public ShellTest {};
 
-TEST_F(Layout, CaptionsAndStatesOfANewWindow) {
-  EXPECT_EQ(w().windowTitle(), "Trelvane comparison");
-  EXPECT_EQ(w().content()->size(), QSize(400, 450));
-  EXPECT_EQ(w().PBRUN->text(), "Run");
-  EXPECT_FALSE(w().PBRUN->isEnabled());
-  EXPECT_FALSE(w().PBDot->isEnabled());
-  EXPECT_FALSE(w().PupModel->isEnabled());
-  EXPECT_EQ(find<QGroupBox>("GroupBox1")->title(), "Ouput");
-  // PBRUN and ProgressBar1 are the window's own, outside the panel.
-  EXPECT_EQ(w().PBRUN->parentWidget(), w().content());
-  EXPECT_EQ(w().ProgressBar1->parentWidget(), w().content());
-  QStringList tabs;
-  for (int i = 0; i < w().TabPanel1->count(); ++i) tabs << w().TabPanel1->tabText(i);
-  EXPECT_EQ(tabs, QStringList({"File", "Model", "Results", "Graphic", "Pref"}));
-}
-
-TEST_F(Layout, TabOrderIsTheOrderOfCreation) {
-  const QStringList fileTab = {"PBRUN",      "EFWS",       "CBFile",       "CBClipboard", "BevelButton0", "EditField0",
-                               "Comp0",      "Reverse0",   "display0",     "CBRemoveN0",  "EFAnaFrom",    "EFAnaTo",
-                               "CBRemoveN1", "BevelButton1", "EditField1", "Display1",    "Reverse1",     "Comp1", "CBCPG"};
-  QStringList chain;
-  QWidget* next = w().PBRUN;
-  do {
-    if (fileTab.contains(next->objectName())) chain << next->objectName();
-  } while ((next = next->nextInFocusChain()) != w().PBRUN);
-  EXPECT_EQ(chain, fileTab);
-}
-
-TEST_F(Layout, PBRUNAndProgressBarShowOnTheFileTabOnly) {
-  for (int tab : {2, 0}) {
-    w().TabPanel1->setCurrentIndex(tab);
-    EXPECT_EQ(w().PBRUN->isVisible(), tab == 0);
-    EXPECT_EQ(w().ProgressBar1->isVisible(), tab == 0);
-  }
-}
-
-// resizing
-
-class Resize : public ShellTest {};
-
-TEST_F(Resize, LockedControlsFollowTheEdgesAndTheOthersStay) {
-  w().setContentSize(600, 650);
-  QCoreApplication::processEvents();
-  ASSERT_EQ(w().content()->size(), QSize(600, 650));
-  struct Placed {
-    const char* name;
-    int left, top, width, height;
-  };
-  const Placed moved[] = {
-      {"TabPanel1", 8, 4, 583, 630},       {"PBRUN", 511, 603, 69, 20},       {"ProgressBar1", 22, 611, 462, 12},
-      {"Message", 22, 586, 462, 20},       {"GroupBox1", 165, 341, 215, 46},  {"EFWS", 122, 340, 35, 21},
-      {"GBLong", 16, 61, 564, 132},        {"EditField0", 100, 84, 465, 22},  {"BevelButton0", 28, 84, 60, 22},
-      {"EditField1", 100, 236, 465, 22},   {"Results", 26, 49, 546, 552},     {"Canvas1", 24, 67, 552, 450},
-      {"EFFrom", 67, 601, 73, 22},         {"PBDot", 479, 600, 97, 22},       {"ST_messGraph", 24, 565, 543, 20},
-      {"StaticText1_20", 24, 40, 315, 20}, {"CBMovingShort", 16, 509, 319, 20}, {"EFSD", 197, 601, 80, 22},
-      {"CBHOSD", 26, 363, 280, 20},        {"GroupBox3", 16, 134, 564, 79},   {"EFwidth", 106, 45, 69, 22},
-      {"EF_MaxX", 227, 477, 50, 20},       {"SeqModel1", 105, 309, 275, 40},
-  };
-  for (const Placed& c : moved) EXPECT_EQ(rectOf(c.name), QRect(c.left, c.top, c.width, c.height)) << c.name;
-}
-
-TEST_F(Resize, WindowSizeIsHeldBetweenItsLimits) {
-  for (auto [asked, held] : {std::pair{QSize(100, 100), QSize(400, 450)}, std::pair{QSize(5000, 5000), QSize(1600, 1200)}}) {
-    w().setContentSize(asked.width(), asked.height());
-    EXPECT_EQ(w().content()->size(), held);
-  }
-}
-
-TEST_F(Resize, EndOfResizeUpdatesTheSizeFieldsAndDefersTheDrawing) {
-  w().TabPanel1->setCurrentIndex(1);
-  w().state().changegraph = false;
-  w().setContentSize(700, 500);
-  w().resizeEnded();
-  EXPECT_EQ(find<QLineEdit>("EFwidth")->text(), "700");
-  EXPECT_EQ(find<QLineEdit>("EFHeight")->text(), "500");
-  EXPECT_EQ(w().form().Canvas1Width, 652);
-  EXPECT_EQ(w().form().Canvas1Height, 300);
-  EXPECT_TRUE(w().state().changegraph);
-}
-
-TEST_F(Resize, SizeFieldsResizeTheWindowWithinItsLimits) {
-  w().TabPanel1->setCurrentIndex(4);
-  struct Row { const char* field; const char* typed; const char* held; QSize size; };
-  for (const Row& r : {Row{"EFHeight", "300", "450", QSize(400, 450)}, Row{"EFwidth", "900", "900", QSize(900, 450)},
-                       Row{"EFHeight", "5000", "1200", QSize(900, 1200)}}) {
-    typeInto(r.field, r.typed);
-    leave(r.field);
-    EXPECT_EQ(find<QLineEdit>(r.field)->text(), r.held) << r.typed;
-    EXPECT_EQ(w().content()->size(), r.size) << r.typed;
-  }
-}
-
-// the input panel
-
-class InputPanel : public ShellTest {};
-
-TEST_F(InputPanel, DropsEnableRunButNeverTheDotPlot) {
-  const std::string longPath = temp("long.fa", kLong);
-  ASSERT_TRUE(dropOn(w().GBLong, fileUrl(longPath)));
-  EXPECT_EQ(w().state().f[0], longPath);
-  EXPECT_EQ(w().EditField0->text().toStdString(), longPath);
-  EXPECT_EQ(w().EditField0->cursorPosition(), w().EditField0->text().size());
-  EXPECT_EQ(w().GBLong->title(), "long title");
-  EXPECT_FALSE(w().PBRUN->isEnabled());  // no shortest sequence, no CpG
-  ASSERT_TRUE(dropOn(w().GBShort, fileUrl(temp("short.fa", kShort))));
-  EXPECT_EQ(w().GBShort->title(), "short title");
-  EXPECT_TRUE(w().PBRUN->isEnabled());
-  EXPECT_FALSE(w().PBDot->isEnabled());
-}
-
-TEST_F(InputPanel, DialogsEnableRunAndDotPlotOnceTheOtherSideIsThere) {
-  choose(0, temp("long.fa", kLong));
-  EXPECT_FALSE(w().PBRUN->isEnabled());
-  EXPECT_FALSE(w().PBDot->isEnabled());
-  choose(1, temp("short.fa", kShort));
-  EXPECT_TRUE(w().PBRUN->isEnabled());
-  EXPECT_TRUE(w().PBDot->isEnabled());
-  EXPECT_EQ(w().state().nbbases, 60);
-  EXPECT_EQ(w().state().nbbases1, 40);
-}
-
-TEST_F(InputPanel, CancelledDialogForgetsTheFileButKeepsRunEnabled) {
-  const std::string longPath = temp("long.fa", kLong);
-  choose(1, temp("short.fa", kShort));
-  choose(0, longPath);
-  ASSERT_TRUE(w().PBRUN->isEnabled());
-  choose(0, std::nullopt);
-  EXPECT_FALSE(w().state().f[0].has_value());
-  EXPECT_TRUE(w().PBRUN->isEnabled());
-  EXPECT_EQ(w().EditField0->text().toStdString(), longPath);
-}
-
-TEST_F(InputPanel, TheFieldsInsideTheGroupBoxesLeaveFileDropsToTheBox) {
-  for (const char* name : {"EditField0", "EFAnaFrom", "EFAnaTo", "EditField1"})
-    EXPECT_FALSE(find(name)->acceptDrops()) << name;
-  EXPECT_TRUE(w().GBLong->acceptDrops());
-  EXPECT_TRUE(w().GBShort->acceptDrops());
-}
-
-TEST_F(InputPanel, OnlyTheFirstItemOfADragAndOnlyAPlainTextFileCount) {
-  const std::string longPath = temp("long.fa", kLong);
-  EXPECT_FALSE(dropOn(w().GBLong, {QUrl(QStringLiteral("https://example.org/long.fa"))}));
-  EXPECT_FALSE(dropOn(w().GBLong, fileUrl(temp("picture.png", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16)))));
-  EXPECT_FALSE(w().state().f[0].has_value());
-  EXPECT_EQ(w().EditField0->text(), "Drop a sequence file or output file");
-  const std::string other = temp("other.fa", ">other\nACGTACGTACGTACGTACGTACGTACGTACGTACGTACGT\n");
-  ASSERT_TRUE(dropOn(w().GBLong, fileUrl(longPath) + fileUrl(other)));
-  EXPECT_EQ(w().state().f[0], longPath);
-  EXPECT_EQ(w().state().nbbases, 60);
-}
-
-TEST_F(InputPanel, ADroppedResultFileRedrawsAndLeavesThePanelAlone) {
-  ASSERT_TRUE(dropOn(w().GBLong, fileUrl(goldenPath("S3.result"))));
-  EXPECT_EQ(w().EditField0->text(), "Drop a sequence file or output file");
-  EXPECT_EQ(w().GBLong->title(), "Longest sequence");
-  EXPECT_FALSE(w().PBRUN->isEnabled());
-  EXPECT_EQ(w().state().windgraph, 20);
-  EXPECT_NE(w().state().pct, nullptr);
-  EXPECT_FALSE(w().state().changegraph);
-}
-
-// trelvane LONG SHORT: each file by the route of a drop on its side.
-TEST_F(InputPanel, StartFilesGoToTheLongThenTheShortSideAndAThirdIsLeftOut) {
-  const std::string longPath = temp("long.fa", kLong), shortPath = temp("short.fa", kShort);
-  openStartFiles(w(), {QString::fromStdString(longPath), QString::fromStdString(shortPath),
-                       QString::fromStdString(temp("third.fa", kLong))});
-  EXPECT_EQ(w().state().f[0], longPath);
-  EXPECT_EQ(w().state().f[1], shortPath);
-  EXPECT_EQ(w().state().nbbases1, 40);
-  EXPECT_TRUE(w().PBRUN->isEnabled());
-  EXPECT_FALSE(w().PBDot->isEnabled());
-}
-
-TEST_F(InputPanel, AStartResultFileIsDrawnAgain) {
-  openStartFiles(w(), {QString::fromStdString(goldenPath("S3.result"))});
-  EXPECT_EQ(w().EditField0->text(), "Drop a sequence file or output file");
-  EXPECT_EQ(w().state().windgraph, 20);
-  EXPECT_NE(w().state().pct, nullptr);
-}
-
-TEST_F(InputPanel, CpGModeNeedsOnlyTheLongestAndTheTabChangeRepairsRun) {
-  auto* cpg = find<QCheckBox>("CBCPG");
-  choose(0, temp("long.fa", kLong));
-  cpg->click();
-  EXPECT_TRUE(w().PBRUN->isEnabled());
-  EXPECT_FALSE(w().GBShort->isVisible());
-  choose(1, temp("short.fa", kShort));
-  cpg->click();  // off again with both files: disabled until the tab changes
-  EXPECT_FALSE(w().PBRUN->isEnabled());
-  EXPECT_TRUE(w().GBShort->isVisible());
-  w().TabPanel1->setCurrentIndex(1);
-  w().TabPanel1->setCurrentIndex(0);
-  EXPECT_TRUE(w().PBRUN->isEnabled());
-}
-
-TEST_F(InputPanel, RangeEditsFollowIntoThePlotBoundsAndTheResamplings) {
-  choose(0, temp("long.fa", kLong));
-  typeInto("EFAnaFrom", "11");
-  EXPECT_EQ(find<QLineEdit>("EFFrom")->text(), "11");
-  EXPECT_EQ(find<QLineEdit>("EFSD")->text(), "49");
-  typeInto("EFAnaTo", "40");
-  EXPECT_EQ(find<QLineEdit>("EFTo")->text(), "40");
-  EXPECT_EQ(find<QLineEdit>("EFSD")->text(), "29");
-}
-
-TEST_F(InputPanel, WindowSizeIsHeldTo255OnLeavingAndTakesThreeDigits) {
-  typeInto("EFWS", "300");
-  EXPECT_EQ(find<QLineEdit>("EFWS")->text(), "300");
-  leave("EFWS");
-  EXPECT_EQ(find<QLineEdit>("EFWS")->text(), "255");
-  EXPECT_EQ(w().form().EFWS, "255");
-  typeInto("EFWS", "4x5-67");
-  EXPECT_EQ(find<QLineEdit>("EFWS")->text(), "456");
-}
-
-// field rules
-
-class Fields : public ShellTest {};
-
-TEST_F(Fields, LimitTextHoldsTypingButNotTheProgram) {
-  w().TabPanel1->setCurrentIndex(4);
-  typeInto("EF_MaxX", "0.95");
-  EXPECT_EQ(find<QLineEdit>("EF_MaxX")->text(), "0.9");
-  EXPECT_EQ(w().form().EF_MaxX, "0.9");
-  w().form().EF_MaxX = "26.55";
-  w().refresh();
-  EXPECT_EQ(find<QLineEdit>("EF_MaxX")->text(), "26.55");
-}
-
-TEST_F(Fields, ReturnMovesTheFocusToThePartnerWithItsTextSelected) {
-  w().TabPanel1->setCurrentIndex(3);
-  auto* from = find<QLineEdit>("EFFrom");
-  from->setFocus();
-  QTest::keyClick(from, Qt::Key_Return);
-  auto* to = find<QLineEdit>("EFTo");
-  EXPECT_TRUE(to->hasFocus());
-  EXPECT_EQ(to->selectedText(), "max");
-  w().TabPanel1->setCurrentIndex(4);
-  auto* minx = find<QLineEdit>("EF_MinX");
-  minx->setFocus();
-  QTest::keyClick(minx, Qt::Key_Enter);
-  EXPECT_TRUE(find("EF_MaxX")->hasFocus());
-}
-
-// Model tab
-
-class ModelTab : public ShellTest {};
-
-TEST_F(ModelTab, TypedKeysOtherThanBasesAreSwallowedButAPasteIsNot) {
-  w().TabPanel1->setCurrentIndex(1);
-  w().SeqModel1->setFocus();
-  QTest::keyClicks(w().SeqModel1, "ax-Tn 7g");
-  EXPECT_EQ(w().SeqModel1->toPlainText(), "aT g");
-  QGuiApplication::clipboard()->setText(QStringLiteral("N-U"));
-  QTest::keyClick(w().SeqModel1, Qt::Key_V, Qt::ControlModifier);
-  EXPECT_EQ(w().SeqModel1->toPlainText(), "aT gN-U");
-  EXPECT_EQ(w().form().SeqModel1, "aT gN-U");
-}
-
-TEST_F(ModelTab, PupModelFollowsTheLengthsOfTheTwoTexts) {
-  w().TabPanel1->setCurrentIndex(1);
-  auto* mess = find<QLabel>("messModel");
-  w().SeqModel1->setFocus();
-  QTest::keyClicks(w().SeqModel1, "AAAATTTT");
-  EXPECT_EQ(mess->text(), "The sequences must be aligned");
-  EXPECT_FALSE(w().PupModel->isEnabled());
-  w().SeqModel2->setFocus();
-  QTest::keyClicks(w().SeqModel2, "AAGATTCT");
-  EXPECT_EQ(mess->text(), "");
-  EXPECT_TRUE(w().PupModel->isEnabled());
-  w().PupModel->setCurrentIndex(1);
-  emit w().PupModel->activated(1);
-  EXPECT_EQ(w().form().PupModelListIndex, 1);
-  find<QPushButton>("Apply")->click();
-  bool changed = false;
-  for (int i = 0; i < 16; ++i) {
-    EXPECT_EQ(find<QLabel>(kCellNames[i])->text().toStdString(), w().form().cells[i]) << kCellNames[i];
-    changed = changed || w().form().cells[i] != ((i % 5 == 0) ? "1" : "0");
-  }
-  EXPECT_TRUE(changed);
-  QTest::keyClicks(w().SeqModel2, "A");
-  EXPECT_EQ(mess->text(), "The sequences must be aligned");
-  EXPECT_EQ(w().PupModel->currentIndex(), 0);
-  EXPECT_FALSE(w().PupModel->isEnabled());
-}
-
-// Graphic and Pref tabs
-
-class GraphTabs : public ShellTest {
- protected:
-  void SetUp() override {
-    ShellTest::SetUp();
-    ASSERT_TRUE(dropOn(w().GBLong, fileUrl(goldenPath("S3.result"))));
-    ASSERT_NE(w().state().pct, nullptr);
-  }
-};
-
-TEST_F(GraphTabs, FlagHandlersDrawOnceWhenGraphicOpens) {
-  w().TabPanel1->setCurrentIndex(4);
-  w().state().pct = nullptr;
-  find<QCheckBox>("CBMaxMin")->click();
-  EXPECT_TRUE(w().state().changegraph);
-  EXPECT_EQ(w().state().pct, nullptr);
-  w().TabPanel1->setCurrentIndex(3);
-  EXPECT_NE(w().state().pct, nullptr);
-  EXPECT_FALSE(w().state().changegraph);
-  w().state().pct = nullptr;
-  w().TabPanel1->setCurrentIndex(4);
-  w().TabPanel1->setCurrentIndex(3);
-  EXPECT_EQ(w().state().pct, nullptr);
-}
-
-TEST_F(GraphTabs, DrawHandlersDrawAtOnce) {
-  w().TabPanel1->setCurrentIndex(4);
-  w().state().pct = nullptr;
-  find<QRadioButton>("CBUsePoint1")->click();
-  EXPECT_NE(w().state().pct, nullptr);
-  EXPECT_TRUE(w().form().CBUsePoint1);
-  EXPECT_FALSE(w().form().CBUsePoint);
-}
-
-TEST_F(GraphTabs, UnitIsConvertedOnceAndNotAgainByTheButtonAlreadyOn) {
-  w().TabPanel1->setCurrentIndex(4);
-  w().form().EF_MaxX = "0.9";
-  w().refresh();
-  find<QRadioButton>("CBFreqIB1")->click();
-  EXPECT_EQ(find<QLineEdit>("EF_MaxX")->text(), "27");
-  find<QRadioButton>("CBFreqIB1")->click();
-  EXPECT_EQ(find<QLineEdit>("EF_MaxX")->text(), "27");
-  find<QRadioButton>("CBFreqIB")->click();
-  EXPECT_EQ(find<QLineEdit>("EF_MaxX")->text(), "0.9");
-}
-
-TEST_F(GraphTabs, ObservedMeanEnablesSymmetricSdWithoutDrawing) {
-  w().TabPanel1->setCurrentIndex(4);
-  w().state().pct = nullptr;
-  find<QRadioButton>("RadioButton1")->click();
-  EXPECT_TRUE(find("CBSymetrie")->isEnabled());
-  EXPECT_EQ(w().state().pct, nullptr);
-  find<QRadioButton>("CBHOSD")->click();
-  EXPECT_FALSE(find("CBSymetrie")->isEnabled());
-  EXPECT_NE(w().state().pct, nullptr);
-}
-
-TEST_F(GraphTabs, ResizeEndedOnGraphicRedrawsAtTheNewCanvasSize) {
-  w().TabPanel1->setCurrentIndex(3);
-  ASSERT_EQ(w().state().pct->width, 352);
-  w().setContentSize(640, 520);
-  w().resizeEnded();
-  EXPECT_EQ(w().state().pct->width, 592);
-  EXPECT_EQ(w().state().pct->height, 320);
-  EXPECT_FALSE(w().state().changegraph);
-}
-
-// menus
-
-class Menus : public ShellTest {};
-
-TEST_F(Menus, MenuBar1HoldsFileAndEditWithTheirShortcuts) {
-  struct Item {
-    const char* name;
-    const char* text;
-    QKeySequence keys;
-  };
-  const Item items[] = {
-      {"FileNew", "New window", QKeySequence(Qt::CTRL | Qt::Key_N)},
-      {"FileClose", "Close", QKeySequence(Qt::CTRL | Qt::Key_W)},
-      {"FileQuit", "Quit", QKeySequence(Qt::CTRL | Qt::Key_Q)},
-      {"EditCut", "Cu&t", QKeySequence(Qt::CTRL | Qt::Key_X)},
-      {"EditCopy", "&Copy", QKeySequence(Qt::CTRL | Qt::Key_C)},
-      {"EditPaste", "&Paste", QKeySequence(Qt::CTRL | Qt::Key_V)},
-      {"EditClear", "Clear", QKeySequence()},
-  };
-  for (const Item& i : items) {
-    auto* a = w().menuBar()->findChild<QAction*>(QString::fromLatin1(i.name));
-    ASSERT_NE(a, nullptr) << i.name;
-    EXPECT_EQ(a->text(), QString::fromLatin1(i.text)) << i.name;
-    EXPECT_EQ(a->shortcut(), i.keys) << i.name;
-  }
-  const auto menus = w().menuBar()->actions();
-  ASSERT_EQ(menus.size(), 2);
-  EXPECT_EQ(menus[0]->text(), "&File");
-  EXPECT_EQ(menus[1]->text(), "&Edit");
-}
-
-TEST_F(Menus, EachNewWindowHasItsOwnComparison) {
+TEST_F(Layout, EachNewWindowHasItsOwnComparison) {
   QPointer<Window1> other = App::FileNew_Action();
   ASSERT_TRUE(other);
   choose(0, temp("long.fa", kLong));
   EXPECT_EQ(w().state().nbbases, 60);
   EXPECT_EQ(other->state().nbbases, 0);
   EXPECT_FALSE(other->state().f[0].has_value());
-  EXPECT_NE(&other->state(), &w().state());
   other->menuBar()->findChild<QAction*>(QStringLiteral("FileClose"))->trigger();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   EXPECT_FALSE(other);
   EXPECT_TRUE(window_);
 }
 
-TEST_F(Menus, CopyPutsThePictureOnTheClipboardOnlyOnTheGraphicTab) {
-  auto* copy = w().menuBar()->findChild<QAction*>(QStringLiteral("EditCopy"));
-  w().TabPanel1->setFocus();
-  QGuiApplication::clipboard()->setText(QStringLiteral("kept"));
-  w().TabPanel1->setCurrentIndex(3);  // no picture yet
-  copy->trigger();
-  EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasImage());
-  EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasText());
-
-  ASSERT_TRUE(dropOn(w().GBLong, fileUrl(goldenPath("S3.result"))));
-  w().TabPanel1->setCurrentIndex(0);
-  QGuiApplication::clipboard()->setText(QStringLiteral("kept"));
-  copy->trigger();
-  EXPECT_EQ(QGuiApplication::clipboard()->text(), "kept");
-
-  w().TabPanel1->setCurrentIndex(3);
-  w().TabPanel1->setFocus();
-  copy->trigger();
-  const QMimeData* mime = QGuiApplication::clipboard()->mimeData();
-  EXPECT_TRUE(mime->hasImage());
-  EXPECT_TRUE(mime->data(QStringLiteral("image/png")).startsWith("\x89PNG"));
-  EXPECT_TRUE(mime->data(QStringLiteral("image/svg+xml")).contains("<svg"));
-  const QImage image = qvariant_cast<QImage>(mime->imageData());
-  EXPECT_EQ(image.size(), QSize(w().state().pct->width, w().state().pct->height));
-}
-
 TEST(Application, VersionIsMajorMinorBugThenThePackageInformation) {
   EXPECT_EQ(versionText(1, 0, 12, "Trelvane for Linux"), "1.0.12 Trelvane for Linux");
   App app;
   EXPECT_EQ(App::instance(), &app);
-  int aboutOpened = 0;
-  app.openAboutBox = [&](App& a) {
-    ++aboutOpened;
-    EXPECT_EQ(a.version.rfind(TRELVANE_PROJECT_VERSION " ", 0), 0u) << a.version;
-  };
+  std::string version;
+  app.openAboutBox = [&](App& a) { version += a.version + "|"; };
   app.Event_Open();
-  EXPECT_EQ(aboutOpened, 1);
-}
-
-// dot plot
-
-class DotPlotWindow : public ShellTest {};
-
-TEST_F(DotPlotWindow, OpensSizedFromTheRangeAndRedrawsFromTheWindowAfresh) {
-  chooseBoth();
-  w().TabPanel1->setCurrentIndex(3);
-  ASSERT_TRUE(w().PBDot->isEnabled());
-  w().PBDot->click();
-  DotWindow* dot = nullptr;
-  for (QWidget* top : QApplication::topLevelWidgets())
-    if (top->objectName() == "DotWindow" && top->isVisible()) dot = static_cast<DotWindow*>(top);
-  ASSERT_NE(dot, nullptr);
-  EXPECT_EQ(dot->windowTitle(), "Dot Plot");
-  // Before any run windgraph is 0: the range ends at nbbases, 60 + 40 wide.
-  EXPECT_EQ(dot->size(), QSize(100, 151));
-  EXPECT_EQ(dot->canvas()->geometry(), QRect(0, 50, 100, 101));
-  ASSERT_NE(dot->picture(), nullptr);
-  const std::size_t dotsAll = dot->picture()->dots.count();
-  EXPECT_GT(dotsAll, 0u);
-  w().form().EFTo = "20";
-  dot->findChild<QPushButton*>(QStringLiteral("PushButton1"))->click();
-  EXPECT_LT(dot->picture()->dots.count(), dotsAll);
-  EXPECT_EQ(dot->size(), QSize(100, 151));
-  dot->close();
-}
-
-TEST_F(DotPlotWindow, ARangeWiderThanTheScreenIsSeenThroughAScrollArea) {
-  std::string seq;
-  for (int i = 0; i < 3000; ++i) seq += "ACGT"[(i * 7 + i / 5) % 4];
-  choose(0, temp("wide.fa", ">wide\n" + seq + "\n"));
-  choose(1, temp("short.fa", kShort));
-  w().TabPanel1->setCurrentIndex(3);
-  w().PBDot->click();
-  DotWindow* dot = nullptr;
-  for (QWidget* top : QApplication::topLevelWidgets())
-    if (top->objectName() == "DotWindow" && top->isVisible()) dot = static_cast<DotWindow*>(top);
-  ASSERT_NE(dot, nullptr);
-  const QSize screen = QGuiApplication::primaryScreen()->availableGeometry().size();
-  EXPECT_LE(dot->width(), screen.width());
-  // The canvas keeps one pixel a base; only the window is bounded.
-  EXPECT_EQ(dot->canvas()->width(), 3000 + 40);
-  EXPECT_LT(dot->canvas()->visibleRegion().boundingRect().width(), dot->canvas()->width());
-  dot->close();
+  EXPECT_EQ(version.rfind(TRELVANE_PROJECT_VERSION " ", 0), 0u) << version;
+  EXPECT_EQ(std::count(version.begin(), version.end(), '|'), 1);
 }
 
 }  // namespace
