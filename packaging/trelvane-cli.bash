@@ -32,7 +32,7 @@ _trelvane_cli() {
       ;;
     redraw)
       options='--long --window --cpg --size --default-format --mean-sd --unit --ymin --ymax
-        --no-maxmin --no-max-h0 --moving-average --from --to --svg --pdf --png --shapes --help'
+        --no-maxmin --no-max-h0 --moving-average --from --to --svg --pdf --png --shapes --help --version'
       case $prev in
         --mean-sd) values='random observed symmetric' ;;
         --unit) values='frequency number' ;;
@@ -41,7 +41,7 @@ _trelvane_cli() {
       esac
       ;;
     check-update)
-      options='--site --timeout --help'
+      options='--site --timeout --help --version'
       case $prev in
         --site | --timeout) return ;;
       esac
