@@ -227,5 +227,22 @@ TEST_F(Guards, AssistiveInputCountsAsTyped) {
   EXPECT_FALSE(w().form().CBFreqIB);
 }
 
+// trelvane LONG SHORT (a file manager's "open with"): each file by the route
+// of a drop on its side, a third left out; a result file is drawn again.
+TEST_F(Guards, StartFilesTakeTheRoutesOfDrops) {
+  const std::string longPath = temp("long.fa", kLong), shortPath = temp("short.fa", kShort);
+  openStartFiles(w(), {QString::fromStdString(longPath), QString::fromStdString(shortPath),
+                       QString::fromStdString(temp("third.fa", kLong))});
+  EXPECT_EQ(w().state().f[0], longPath);
+  EXPECT_EQ(w().state().f[1], shortPath);
+  EXPECT_EQ(w().state().nbbases1, 40);
+  EXPECT_TRUE(w().PBRUN->isEnabled());
+  EXPECT_FALSE(w().PBDot->isEnabled());  // drops never enable it
+
+  openStartFiles(w(), {QString::fromStdString(goldenPath("S3.result"))});
+  EXPECT_EQ(w().state().windgraph, 20);
+  EXPECT_NE(w().state().pct, nullptr);
+}
+
 }  // namespace
 }  // namespace trelvane::shell::test
