@@ -18,8 +18,8 @@ namespace {
 
 using namespace plots;
 
-MemoryBlock codes(const std::string& spec) {
-  const std::string letters = cases::pieces(spec);
+MemoryBlock codes(const std::string& written) {
+  const std::string letters = cases::pieces(written);
   MemoryBlock m(static_cast<std::ptrdiff_t>(letters.size()) + 100);
   for (std::size_t i = 0; i < letters.size(); ++i)
     m.set(static_cast<std::ptrdiff_t>(i), static_cast<uint8_t>(std::string("NATCG").find(letters[i]) % 5));

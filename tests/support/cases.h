@@ -77,8 +77,8 @@ std::string bytesText(const T* p, std::size_t n) {
 
 // Letters from pieces: "ACG*3" (ACGACGACG), "rand:N:SEED" (N bases of a
 // fixed generator), "long:FROM:LEN" (a stretch of the letters given as lg).
-inline std::string pieces(const std::string& spec, const std::string& lg = "") {
-  std::istringstream in(spec);
+inline std::string pieces(const std::string& written, const std::string& lg = "") {
+  std::istringstream in(written);
   std::string out, piece;
   while (in >> piece) {
     int a = 0, b = 0;
