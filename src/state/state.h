@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/memoryblock.h"
+#include "state/origin.h"
 
 namespace trelvane {
 
@@ -50,6 +51,9 @@ struct ComparisonState {
   int32_t basesfreq[5][2] = {};
   std::array<std::string, 257> cara;
   bool changegraph = true;
+  // Where m0 and m1 came from; set by the readers, kept by runs, restored
+  // from a result file where it holds one.
+  std::array<SequenceOrigin, 2> origin;
 };
 
 }  // namespace trelvane
