@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "input/content_census.h"
 #include "platform/linereader.h"
@@ -136,8 +137,10 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
   // first pass: the size of the block, and what the file looks like
   int64_t total = 0;
   ContentCensus census;
+  std::optional<std::string> firstTitle;
   do {
     const std::string line = in.readLine();
+    if (!firstTitle && isTitle(line)) firstTitle = line;
     total += reverse ? formattedLength(cara, line) : static_cast<int64_t>(line.size());
     census.add(line);
   } while (!in.eof() && total <= maxTotal);
@@ -216,6 +219,14 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
   // the side's state, all at once
   const auto n32 = static_cast<int32_t>(count);
   st.cara = std::move(cara);
+  SequenceOrigin origin;
+  origin.path = source.path;
+  if (firstTitle) origin.record = recordNameOf(*firstTitle);
+  origin.to = count;
+  origin.complement = comp;
+  origin.reverse = reverse;
+  origin.removeN = removeN;
+  st.origin[side] = std::move(origin);
   for (int c = 0; c < 5; ++c) st.basesfreq[c][side] = static_cast<int32_t>(freq[c]);
   if (side == 0) {
     st.m0 = std::move(block);

@@ -23,6 +23,14 @@ std::optional<int64_t> recordPosition(const SequenceOrigin& o, int64_t runPos) {
   return pos;
 }
 
+std::string recordNameOf(std::string_view title) {
+  if (!title.empty() && (title[0] == '>' || title[0] == '%')) title.remove_prefix(1);
+  const auto begin = title.find_first_not_of(" \t");
+  if (begin == std::string_view::npos) return "";
+  const auto end = title.find_first_of(" \t\r", begin);
+  return std::string(title.substr(begin, end == std::string_view::npos ? end : end - begin));
+}
+
 std::string originLabel(const SequenceOrigin& o) {
   std::string name = o.record;
   if (name.empty()) name = std::filesystem::path(o.path).filename().string();

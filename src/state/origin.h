@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace trelvane {
@@ -37,6 +38,9 @@ struct SequenceOrigin {
 // Forward: from + runPos - 1 plus the Ns removed before it; reversed: counted
 // down from `to`.
 std::optional<int64_t> recordPosition(const SequenceOrigin& origin, int64_t runPos);
+
+// The record name a title line gives: its first word after ">" or "%".
+std::string recordNameOf(std::string_view titleLine);
 
 // "NAME:FROM-TO" with the record's own numbers, "NAME" for a whole record,
 // the file's name for a whole file without a title.
