@@ -13,6 +13,7 @@ bool parseCommandLine(const std::vector<std::string>& args, const std::vector<Op
     const std::string& arg = args[i];
     if (optionsEnd || arg.size() < 2 || arg[0] != '-') {
       line.operands.push_back(arg);
+      line.places.push_back({"", i, false});
       continue;
     }
     if (arg == "--") {
@@ -51,6 +52,7 @@ bool parseCommandLine(const std::vector<std::string>& args, const std::vector<Op
     }
     if (option->values == 1 && inlineValue) {
       values.push_back(*inlineValue);
+      line.places.push_back({name, i, true});
     } else if (option->values > 0) {
       if (inlineValue || i + option->values >= args.size()) {
         *error = option->values == 1 ? "option '--" + name + "' requires an argument"
@@ -58,7 +60,10 @@ bool parseCommandLine(const std::vector<std::string>& args, const std::vector<Op
                                            " arguments";
         return false;
       }
-      for (int k = 0; k < option->values; ++k) values.push_back(args[++i]);
+      for (int k = 0; k < option->values; ++k) {
+        values.push_back(args[++i]);
+        line.places.push_back({name, i, false});
+      }
     }
     if (std::string why = option->take(values); !why.empty()) {
       *error = why;

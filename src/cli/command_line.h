@@ -21,6 +21,14 @@ struct Option {
 // What a command line held besides its options.
 struct CommandLine {
   std::vector<std::string> operands;
+  // Where each operand and each option value stood among the arguments, for
+  // a caller that rewrites some of them (the paths of a batch line).
+  struct Place {
+    std::string option;  // "" for an operand
+    std::size_t index;   // the argument that holds it
+    bool inlineValue;    // the value follows "--option=" in that argument
+  };
+  std::vector<Place> places;
   bool help = false, version = false;  // --help and --version end the parse
 };
 

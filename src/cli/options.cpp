@@ -142,6 +142,27 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
   return true;
 }
 
+bool resolveComparisonInputs(bool cpg, std::vector<std::string>& args,
+                             const std::function<std::string(const std::string&)>& resolve,
+                             std::string* error) {
+  ComparisonOptions o;
+  if (!parseComparisonOptions(cpg, args, o, error)) return false;
+  if (o.help || o.version) return true;
+  CommandLine line;
+  parseCommandLine(args, comparisonTable(o), line, error);
+  for (const CommandLine::Place& at : line.places) {
+    if (!at.option.empty() && at.option != "aligned") continue;
+    std::string& word = args[at.index];
+    if (at.inlineValue) {
+      const std::size_t eq = word.find('=');
+      word = word.substr(0, eq + 1) + resolve(word.substr(eq + 1));
+    } else {
+      word = resolve(word);
+    }
+  }
+  return true;
+}
+
 std::string comparisonHelp() {
   return
       "Usage: trelvane-cli compare LONG SHORT [OPTION]...\n"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,6 +50,13 @@ struct ComparisonOptions {
 // checked.
 bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
                             ComparisonOptions& options, std::string* error);
+
+// The arguments of compare (cpg) with every file they read passed through
+// resolve: the operands and the files of --aligned. The outputs are left as
+// they are. False with the usage error in *error.
+bool resolveComparisonInputs(bool cpg, std::vector<std::string>& args,
+                             const std::function<std::string(const std::string&)>& resolve,
+                             std::string* error);
 
 // The --help text of compare and cpg.
 std::string comparisonHelp();

@@ -177,9 +177,12 @@ const std::map<std::string, Step> kSteps = {
          left += e.path().filename().string().find("trelvane-cli-result.trelvane-" + std::to_string(::getpid())) != std::string::npos;
        show(out, std::to_string(left));
      }},
-    {"ls", [](Desk& d, const std::string&, std::ostream& out) {
+    // the names in the case's folder, or in a folder of it
+    {"ls", [](Desk& d, const std::string& v, std::ostream& out) {
        std::set<std::string> names;
-       for (const auto& e : std::filesystem::directory_iterator(d.dir)) names.insert(e.path().filename().string());
+       std::error_code ec;
+       for (const auto& e : std::filesystem::directory_iterator(v.empty() ? d.dir : std::filesystem::path(d.path(v)), ec))
+         names.insert(e.path().filename().string());
        std::string all;
        for (const std::string& n : names) all += n + " ";
        show(out, all);
@@ -193,6 +196,9 @@ TEST_P(Cli, GivesItsTranscript) { cases::expectTranscript(GetParam(), runDesk(Ge
 INSTANTIATE_TEST_SUITE_P(, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/cli.cases")), cases::caseName);
 // The rows of bad input and bad destinations of docs/robustness.md, on the program itself.
 INSTANTIATE_TEST_SUITE_P(BadInput, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/bad_input.cases")),
+                         cases::caseName);
+
+INSTANTIATE_TEST_SUITE_P(Batch, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/batch.cases")),
                          cases::caseName);
 
 // The row kernel and the thread count change no byte of the outputs: only their fields show them.
