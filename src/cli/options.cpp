@@ -98,6 +98,7 @@ std::vector<Option> comparisonTable(ComparisonOptions& o) {
                      o.aligned2 = v[1];
                      return std::string();
                    }});
+  addTrackOptions(table, o.tracks, o.cpg ? TrackCommand::Cpg : TrackCommand::Compare);
   return table;
 }
 
@@ -139,7 +140,7 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
     *error = "--dotplot needs a file name ending in .svg, .pdf or .png";
     return false;
   }
-  return true;
+  return checkTrackOutputs(o.tracks, cpg ? TrackCommand::Cpg : TrackCommand::Compare, true, error);
 }
 
 bool resolveComparisonInputs(bool cpg, std::vector<std::string>& args,
@@ -164,7 +165,7 @@ bool resolveComparisonInputs(bool cpg, std::vector<std::string>& args,
 }
 
 std::string comparisonHelp() {
-  return
+  return std::string(
       "Usage: trelvane-cli compare LONG SHORT [OPTION]...\n"
       "  or:  trelvane-cli cpg LONG [OPTION]...\n"
       "Draw the identity profile of the sequence file LONG against SHORT (compare),\n"
@@ -195,7 +196,8 @@ std::string comparisonHelp() {
       "  --rows FILE           the clipboard text: result head and one row a position\n"
       "  --result FILE         the result file, which 'redraw' reads back\n"
       "  --svg FILE --pdf FILE --png FILE   the profile as drawn after the run\n"
-      "  --dotplot FILE        the dot plot (.svg, .pdf or .png)\n"
+      "  --dotplot FILE        the dot plot (.svg, .pdf or .png)\n") +
+      trackHelp(true, true, true) +
       "\n"
       "Other:\n"
       "  --seed N              seed of the random resampling (default: the clock)\n"

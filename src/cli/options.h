@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/track_outputs.h"
+
 namespace trelvane::cli {
 
 // What the user asked for. Field values are kept as typed: they go into the
@@ -35,6 +37,7 @@ struct ComparisonOptions {
   std::optional<std::string> result;
   std::optional<std::string> svg, pdf, png;
   std::optional<std::string> dotplot;
+  TrackOutputs tracks;  // genome-browser tracks, segments, CpG islands
 
   std::optional<int> model;  // PupModel's ListIndex: 0 identity, 1 tstv, 2 general
   std::optional<std::string> aligned1, aligned2;
