@@ -22,6 +22,7 @@ const char kHelp[] =
     "  compare LONG SHORT    profile of the sequence file LONG against SHORT\n"
     "  cpg LONG              CpG profile of LONG alone\n"
     "  redraw RESULT         draw a stored result file again\n"
+    "  stack RESULT...       several results against one reference, stacked\n"
     "  batch MANIFEST        run the comparisons of a manifest, one pair a line\n"
     "  check-update          ask the update site for the newest version\n"
     "\n"
@@ -42,6 +43,7 @@ int cliMain(const std::vector<std::string>& args, const Console& console) {
   if (command == "compare") return runCompare(rest, console);
   if (command == "cpg") return runCpg(rest, console);
   if (command == "redraw") return runRedraw(rest, console);
+  if (command == "stack") return runStack(rest, console);
   if (command == "batch") return runBatch(rest, console);
   if (command == "check-update") return runCheckUpdate(rest, console);
   if (!command.empty() && command[0] == '-')

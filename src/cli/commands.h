@@ -12,6 +12,7 @@ namespace trelvane::cli {
 int runCompare(const std::vector<std::string>& args, const Console& console = Console::standard());    // compare LONG SHORT [options]
 int runCpg(const std::vector<std::string>& args, const Console& console = Console::standard());        // cpg LONG [options]
 int runRedraw(const std::vector<std::string>& args, const Console& console = Console::standard());     // redraw RESULT [options]
+int runStack(const std::vector<std::string>& args, const Console& console = Console::standard());      // stack RESULT... [options]
 int runBatch(const std::vector<std::string>& args, const Console& console = Console::standard());      // batch MANIFEST [options]
 int runCheckUpdate(const std::vector<std::string>& args, const Console& console = Console::standard());// check-update [--site URL]
 

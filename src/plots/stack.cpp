@@ -124,7 +124,8 @@ void genes(Group2D& g, const StackFigure& f, const Axis& a, double top) {
 
 void panel(Group2D& g, const StackFigure& f, const StackPanel& p, const Axis& a, double top) {
   const double bottom = top + kPanelHeight;
-  auto row = [&](double v) { return bottom - std::clamp(v / f.top, 0.0, 1.0) * kPanelHeight; };
+  const double span = f.top > f.bottom ? f.top - f.bottom : 1;
+  auto row = [&](double v) { return bottom - std::clamp((v - f.bottom) / span, 0.0, 1.0) * kPanelHeight; };
   const double right = a.left + a.width;
   for (const StackSegment& s : p.segments) {
     const double x0 = a.x(static_cast<double>(std::max(s.start, f.from)));
@@ -136,7 +137,7 @@ void panel(Group2D& g, const StackFigure& f, const StackPanel& p, const Axis& a,
   line(g, a.left, bottom, right, bottom, kFrame);
   line(g, a.left, top, a.left, bottom, kFrame);
   line(g, right, top, right, bottom, kFrame);
-  for (double v : {0.0, f.top / 2, f.top}) {
+  for (double v : {f.bottom, (f.bottom + f.top) / 2, f.top}) {
     line(g, a.left - 4, row(v), a.left, row(v), kBlack);
     text(g, a.left - 30, row(v) + 4, shortNumber(v), 10);
   }
@@ -157,9 +158,12 @@ void panel(Group2D& g, const StackFigure& f, const StackPanel& p, const Axis& a,
   for (int c = 1; c <= columns; ++c)
     if (!std::isnan(best[c]) && !std::isnan(best[c - 1]))
       line(g, a.left + c - 1, row(best[c - 1]), a.left + c, row(best[c]), kBlack);
-  if (p.hasExpectation) {
-    for (auto [v, color] : {std::pair{p.mean, kMean}, {p.upper, kUpper}, {p.max, kMax}})
-      if (std::isfinite(v)) line(g, a.left, row(v), right, row(v), color);
+  for (const StackExpectation& e : p.expectations) {
+    if (e.end <= f.from || e.start >= f.to) continue;
+    const double x0 = a.x(static_cast<double>(std::max(e.start, f.from)));
+    const double x1 = a.x(static_cast<double>(std::min(e.end, f.to)));
+    for (auto [v, color] : {std::pair{e.mean, kMean}, {e.upper, kUpper}, {e.max, kMax}})
+      if (std::isfinite(v)) line(g, x0, row(v), x1, row(v), color);
   }
 }
 

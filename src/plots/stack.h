@@ -24,11 +24,17 @@ struct StackSegment {
   SegmentKind kind = SegmentKind::Unannotated;
 };
 
+// The random expectation of a run over the stretch it analysed: each chunk
+// of a comparison run in pieces has its own.
+struct StackExpectation {
+  int64_t start = 0, end = 0;
+  double mean = 0, upper = 0, max = 0;  // mean, mean + 2 SD, maximum
+};
+
 struct StackPanel {
   std::string name;
   std::vector<StackValue> values;  // sorted, not overlapping
-  bool hasExpectation = false;     // the random expectation: mean, mean + 2 SD, maximum
-  double mean = 0, upper = 0, max = 0;
+  std::vector<StackExpectation> expectations;
   std::vector<StackSegment> segments;
 };
 
@@ -42,7 +48,7 @@ struct StackGene {
 struct StackFigure {
   std::string title;       // above the figure
   int64_t from = 0, to = 0;  // the axis's extent
-  double top = 1;          // the panels' highest value
+  double bottom = 0, top = 1;  // the panels' scale; values below the bottom stand on it
   std::string unit;        // the panels' unit, beside their scale
   bool annotated = false;  // an annotation was given (legend of the segment colours)
   std::vector<StackGene> genes;

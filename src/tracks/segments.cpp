@@ -10,23 +10,13 @@
 namespace trelvane::tracks {
 namespace {
 
-// The 0-based half-open extent of a segment in the track's coordinates: the
-// bases that hold its windows' values in the profile track.
-std::optional<Interval> extent(const ComparisonState& st, const TrackOptions& o, const Segment& s) {
-  const int64_t shift = o.anchor == Anchor::Centre ? (st.windgraph - 1) / 2 : 0;
-  const std::optional<int64_t> a = trackStart(st, o, s.first + 1 + shift);
-  const std::optional<int64_t> b = trackStart(st, o, s.last + 1 + shift);
-  if (!a || !b) return std::nullopt;
-  return Interval{std::min(*a, *b), std::max(*a, *b) + 1, 0};
-}
-
 // The segments in the order of the track's coordinates, each with its extent.
 std::vector<std::pair<const Segment*, Interval>> placed(const ComparisonState& st,
                                                         const std::vector<Segment>& segments,
                                                         const TrackOptions& o) {
   std::vector<std::pair<const Segment*, Interval>> out;
   for (const Segment& s : segments)
-    if (const auto iv = extent(st, o, s)) out.push_back({&s, *iv});
+    if (const auto iv = segmentExtent(st, o, s)) out.push_back({&s, *iv});
   std::stable_sort(out.begin(), out.end(),
                    [](const auto& x, const auto& y) { return x.second.start < y.second.start; });
   return out;
@@ -41,6 +31,14 @@ std::string strandOf(const SequenceOrigin& origin) {
 std::string identity(double score, int32_t W) { return fixed(score / W, 3); }
 
 }  // namespace
+
+std::optional<Interval> segmentExtent(const ComparisonState& st, const TrackOptions& o, const Segment& s) {
+  const int64_t shift = o.anchor == Anchor::Centre ? (st.windgraph - 1) / 2 : 0;
+  const std::optional<int64_t> a = trackStart(st, o, s.first + 1 + shift);
+  const std::optional<int64_t> b = trackStart(st, o, s.last + 1 + shift);
+  if (!a || !b) return std::nullopt;
+  return Interval{std::min(*a, *b), std::max(*a, *b) + 1, 0};
+}
 
 bool parseAbove(std::string_view text, SegmentRule& rule, std::string* why) {
   *why = "invalid threshold '" + std::string(text) + "': expected mean, mean+Ksd (such as mean+3sd) or max";

@@ -37,6 +37,10 @@ struct Segment {
   int64_t best = 0;                // the first window with the highest score
 };
 
+// The bases, 0-based and half-open in the track's coordinates, that hold
+// the segment's windows' values in the profile track; none off the record.
+std::optional<Interval> segmentExtent(const ComparisonState& st, const TrackOptions& o, const Segment& s);
+
 // The stretches of at least rule.minLength windows, in run order.
 std::vector<Segment> callSegments(const ComparisonState& st, const SegmentRule& rule, double threshold);
 

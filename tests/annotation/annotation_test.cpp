@@ -123,8 +123,7 @@ TEST(StackFigure, GenesSegmentsAndTicksStandAtTheirPositions) {
   plots::StackPanel p;
   p.name = "mouse";
   p.values = {{0, 300, 0.5}, {300, 301, 1.0}, {700, 1000, 0.25}};
-  p.hasExpectation = true;
-  p.mean = 0.25, p.upper = 0.5, p.max = 0.75;
+  p.expectations = {{0, 1000, 0.25, 0.5, 0.75}};
   p.segments = {{300, 400, plots::SegmentKind::NonCoding}};
   f.panels = {p};
   const plots::Picture pic = plots::drawStack(f, 1144);
