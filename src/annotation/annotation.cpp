@@ -53,7 +53,7 @@ const char* overlapName(Overlap o) {
 }
 
 bool readAnnotation(const std::string& path, const std::string& seqid, std::vector<GeneModel>& models,
-                    std::string* why) {
+                    std::string* why, std::string* chosen) {
   std::ifstream in(path, std::ios::binary);
   if (!in) {
     *why = "cannot read the annotation " + path;
@@ -69,9 +69,23 @@ bool readAnnotation(const std::string& path, const std::string& seqid, std::vect
   std::vector<std::string> seqids;
   std::string mistake;
   models.clear();
-  if (!(gff ? detail::readGff3(text, seqid, models, seqids, &mistake)
-            : detail::readBed(text, seqid, models, seqids, &mistake))) {
+  auto read = [&](const std::string& name) {
+    seqids.clear();
+    return gff ? detail::readGff3(text, name, models, seqids, &mistake)
+               : detail::readBed(text, name, models, seqids, &mistake);
+  };
+  if (!read(seqid)) {
     *why = path + ":" + mistake;
+    return false;
+  }
+  if (chosen) *chosen = seqid;
+  if (seqid.empty() && seqids.size() == 1) {
+    read(seqids.front());
+    if (chosen) *chosen = seqids.front();
+  }
+  else if (seqid.empty() && seqids.size() > 1) {
+    *why = "the annotation " + path + " names " + std::to_string(seqids.size()) +
+           " sequences: say which one is the reference (" + seqids[0] + ", " + seqids[1] + (seqids.size() > 2 ? ", ..." : "") + ")";
     return false;
   }
   if (models.empty()) {

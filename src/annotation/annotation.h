@@ -33,11 +33,12 @@ const char* overlapName(Overlap o);  // "exon", "UTR", "non-coding"
 // exon, CDS, five_prime_UTR, three_prime_UTR; by their ID and Parent) or a
 // BED file (3 to 12 columns; blocks as exons, thickStart-thickEnd as the
 // CDS), told apart by the extension (.gff, .gff3, .bed, with .gz no) and
-// else by a "##gff-version" first line. False with one line in *why: the
+// else by a "##gff-version" first line. An empty seqid takes the one
+// sequence the file names (refused where it names several), told in *chosen. False with one line in *why: the
 // file cannot be read, a line is malformed (its number and why), or no
 // feature lies on seqid (naming those that the file holds).
 bool readAnnotation(const std::string& path, const std::string& seqid, std::vector<GeneModel>& models,
-                    std::string* why);
+                    std::string* why, std::string* chosen = nullptr);
 
 namespace detail {
 

@@ -16,8 +16,11 @@ const char kStackHelp[] =
     "Usage: trelvane-cli stack RESULT... [OPTION]...\n"
     "Draw result files of comparisons against the same longest sequence as stacked\n"
     "profiles on one axis, each with its random expectation and its conserved\n"
-    "segments shaded, under the gene models of an annotation. RESULT may join the\n"
-    "result files of one comparison run in chunks: A+B+C.\n"
+    "segments shaded, under the gene models of an annotation. A RESULT may also be\n"
+    "a profile track written by compare's --bedgraph (FILE.bedGraph, such as the\n"
+    "joined tracks of a comparison run in chunks); the random expectation is then\n"
+    "read from FILE.mean.bedGraph, FILE.upper.bedGraph and FILE.max.bedGraph, as\n"
+    "compare's --h0-tracks FILE writes them, where they exist.\n"
     "\n"
     "Outputs (FILE '-' is standard output):\n"
     "  --svg FILE --pdf FILE --png FILE   the figure\n"
@@ -138,13 +141,7 @@ bool complete(StackOptions& s, const std::vector<std::string>& operands, std::st
   }
   for (std::size_t k = 0; k < operands.size(); ++k) {
     stack::PanelSource panel;
-    std::size_t from = 0;
-    for (;;) {
-      const std::size_t plus = operands[k].find('+', from);
-      panel.results.push_back(operands[k].substr(from, plus == std::string::npos ? plus : plus - from));
-      if (plus == std::string::npos) break;
-      from = plus + 1;
-    }
+    panel.path = operands[k];
     if (!s.names.empty()) panel.name = s.names[k];
     s.request.panels.push_back(std::move(panel));
   }

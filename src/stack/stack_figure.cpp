@@ -1,12 +1,13 @@
-// stack_figure.cpp -- reading the panels' result files, joining chunks, calling and classifying
-// segments, and the figure's parts.
+// stack_figure.cpp -- reading the panels (result files or profile tracks), calling and classifying
+// their segments, and the figure's parts.
 #include "stack/stack_figure.h"
 
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <limits>
-#include <memory>
+#include <sstream>
 
 #include "input/result_reader.h"
 #include "state/form.h"
@@ -17,12 +18,22 @@
 namespace trelvane::stack {
 namespace {
 
-// A segment of one chunk, before the join.
+// A conserved stretch of a panel, in identity units.
 struct Piece {
-  int64_t first = 0, last = 0;  // windows, offsets in m2
-  int64_t start = 0, end = 0;   // its extent on the axis
-  double sum = 0, max = 0;      // of its scores
-  int32_t W = 0;
+  int64_t start = 0, end = 0;  // its extent on the axis
+  int64_t windows = 0;
+  double meanIdentity = 0, maxIdentity = 0;
+};
+
+// What one panel gives the figure.
+struct Panel {
+  plots::StackPanel shown;
+  StackResult::PanelData data;
+  std::vector<Piece> pieces;
+  std::string chrom;      // the reference's name: the record's, else a file's
+  bool chromKnown = false;  // chrom is the record's name, not a file's
+  std::string reference;  // what the panel says of the reference, for the check that all agree
+  int64_t length = -1;    // the reference's bases, -1 where unknown
 };
 
 plots::SegmentKind kindOf(annotation::Overlap o) {
@@ -34,30 +45,158 @@ plots::SegmentKind kindOf(annotation::Overlap o) {
   return plots::SegmentKind::NonCoding;
 }
 
-std::string fileName(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+bool endsWith(const std::string& s, const std::string& tail) {
+  return s.size() >= tail.size() && s.compare(s.size() - tail.size(), tail.size(), tail) == 0;
+}
 
-// Pieces of consecutive windows (one chunk ending where the next begins) made
-// one segment; those with fewer windows than the rule asks are dropped.
-std::vector<Piece> joined(std::vector<Piece> pieces, int64_t minWindows) {
-  std::sort(pieces.begin(), pieces.end(), [](const Piece& a, const Piece& b) { return a.first < b.first; });
-  std::vector<Piece> out;
-  for (const Piece& p : pieces) {
-    if (!out.empty() && p.first == out.back().last + 1) {
-      Piece& q = out.back();
-      q.last = p.last;
-      q.start = std::min(q.start, p.start);
-      q.end = std::max(q.end, p.end);
-      q.sum += p.sum;
-      q.max = std::max(q.max, p.max);
-    } else {
-      out.push_back(p);
+bool readResultPanel(const std::string& path, const StackRequest& request, Panel& panel, std::string* why) {
+  ComparisonState st;
+  st.open();
+  Form form;
+  const std::string failed = litprevious(st, form, path, [] {});
+  if (!failed.empty()) {
+    *why = "cannot read the result file " + path + ": " + failed;
+    return false;
+  }
+  if (st.windgraph <= 0 || st.m2.isNil()) {
+    *why = path + " is no result file with a profile (nor a .bedGraph track)";
+    return false;
+  }
+  tracks::TrackOptions o;
+  o.recordCoordinates = request.recordCoordinates;
+  o.source = path;
+  panel.chrom = tracks::chromName(st, o);
+  panel.chromKnown = !st.origin[0].record.empty();
+  panel.length = st.nbbases;
+  panel.reference = st.origin[0].known() ? originLabel(st.origin[0]) : "";
+  for (const tracks::Interval& v : tracks::profileIntervals(st, o)) panel.shown.values.push_back({v.start, v.end, v.value});
+  std::sort(panel.shown.values.begin(), panel.shown.values.end(),
+            [](const plots::StackValue& a, const plots::StackValue& b) { return a.start < b.start; });
+  panel.data.W = st.windgraph;
+  if (const auto e = tracks::expectation(st, tracks::Unit::Fraction); e && !panel.shown.values.empty()) {
+    panel.shown.expectations.push_back(
+        {panel.shown.values.front().start, panel.shown.values.back().end, e->mean, e->upper, e->max});
+    panel.data.mean = e->mean;
+    panel.data.sd = (e->upper - e->mean) / 2;
+  }
+  panel.shown.name = st.origin[1].record;
+  if (!request.segments) return true;
+  std::string noThreshold;
+  const std::optional<double> threshold = tracks::thresholdScore(st, request.rule, &noThreshold);
+  if (!threshold) {
+    *why = path + ": " + noThreshold;
+    return false;
+  }
+  const double W = st.windgraph;
+  for (const tracks::Segment& s : tracks::callSegments(st, request.rule, *threshold))
+    if (const std::optional<tracks::Interval> at = tracks::segmentExtent(st, o, s))
+      panel.pieces.push_back({at->start, at->end, s.last - s.first + 1, s.meanScore / W, s.maxScore / W});
+  return true;
+}
+
+// The four columns of a bedGraph, one chromosome; track and comment lines skipped.
+bool readBedGraph(const std::string& path, std::vector<plots::StackValue>& values, std::string& chrom,
+                  std::string* why) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    *why = "cannot read the track " + path;
+    return false;
+  }
+  int number = 0;
+  for (std::string line; std::getline(in, line);) {
+    ++number;
+    if (line.empty() || line[0] == '#' || line.rfind("track", 0) == 0 || line.rfind("browser", 0) == 0) continue;
+    std::istringstream fields(line);
+    std::string name, rest;
+    plots::StackValue v;
+    if (!(fields >> name >> v.start >> v.end >> v.value) || (fields >> rest) || v.end <= v.start || v.start < 0) {
+      *why = path + ":" + std::to_string(number) + ": a bedGraph line holds chrom, start, end and value";
+      return false;
+    }
+    if (chrom.empty()) chrom = name;
+    if (name != chrom) {
+      *why = path + ":" + std::to_string(number) + ": a second chromosome (" + name + " after " + chrom +
+             "): one profile a track";
+      return false;
+    }
+    values.push_back(v);
+  }
+  std::sort(values.begin(), values.end(), [](const auto& a, const auto& b) { return a.start < b.start; });
+  return true;
+}
+
+bool readTrackPanel(const std::string& path, const StackRequest& request, Panel& panel, std::string* why) {
+  if (!readBedGraph(path, panel.shown.values, panel.chrom, why)) return false;
+  panel.chromKnown = true;
+  // The random expectation written beside it: one constant piece a chunk.
+  const std::string prefix = std::filesystem::path(path).replace_extension().string();
+  std::vector<plots::StackValue> lines[3];
+  std::string ignored;
+  bool h0 = true;
+  for (int k = 0; k < 3 && h0; ++k) {
+    const std::string file = prefix + (k == 0 ? ".mean" : k == 1 ? ".upper" : ".max") + ".bedGraph";
+    std::error_code ec;
+    h0 = std::filesystem::exists(file, ec) && readBedGraph(file, lines[k], ignored, why);
+    if (!h0 && std::filesystem::exists(file, ec)) return false;
+  }
+  if (h0) {
+    for (const plots::StackValue& m : lines[0]) {
+      plots::StackExpectation e{m.start, m.end, m.value, m.value, m.value};
+      for (const auto& u : lines[1]) if (u.start == m.start) e.upper = u.value;
+      for (const auto& x : lines[2]) if (x.start == m.start) e.max = x.value;
+      panel.shown.expectations.push_back(e);
+    }
+    if (!lines[0].empty()) {
+      panel.data.mean = panel.shown.expectations.front().mean;
+      panel.data.sd = (panel.shown.expectations.front().upper - panel.data.mean) / 2;
     }
   }
-  std::erase_if(out, [&](const Piece& p) { return p.last - p.first + 1 < minWindows; });
-  return out;
+  if (!request.segments) return true;
+  using Kind = tracks::SegmentRule::Kind;
+  const tracks::SegmentRule& rule = request.rule;
+  if (rule.kind != Kind::Identity && panel.shown.expectations.empty()) {
+    *why = path + " has no random expectation beside it (" + prefix + ".mean.bedGraph): give --min-identity";
+    return false;
+  }
+  // The same rule as for a result: a window passes at or above an identity,
+  // or strictly above the random expectation of its chunk.
+  auto passes = [&](const plots::StackValue& v) {
+    if (rule.kind == Kind::Identity) return v.value >= rule.minIdentity - 1e-9;
+    for (const plots::StackExpectation& e : panel.shown.expectations)
+      if (e.start <= v.start && v.start < e.end) {
+        const double sd = (e.upper - e.mean) / 2;
+        return v.value > (rule.kind == Kind::AboveMax ? e.max : e.mean + rule.sds * sd);
+      }
+    return false;
+  };
+  Piece cur;
+  double sum = 0;
+  auto close = [&] {
+    if (cur.windows >= rule.minLength) {
+      cur.meanIdentity = sum / static_cast<double>(cur.windows);
+      panel.pieces.push_back(cur);
+    }
+    cur = Piece{};
+    sum = 0;
+  };
+  for (const plots::StackValue& v : panel.shown.values) {
+    if (!passes(v) || (cur.windows > 0 && v.start != cur.end)) close();
+    if (!passes(v)) continue;
+    if (cur.windows == 0) cur.start = v.start;
+    cur.end = v.end;
+    cur.windows += v.end - v.start;
+    sum += v.value * static_cast<double>(v.end - v.start);
+    cur.maxIdentity = std::max(cur.maxIdentity, v.value);
+  }
+  close();
+  return true;
 }
 
 }  // namespace
+
+bool isTrackPath(const std::string& path) {
+  return endsWith(path, ".bedGraph") || endsWith(path, ".bedgraph") || endsWith(path, ".bg");
+}
 
 bool buildStack(const StackRequest& request, StackResult& result, std::string* why) {
   result = StackResult{};
@@ -68,84 +207,44 @@ bool buildStack(const StackRequest& request, StackResult& result, std::string* w
   plots::StackFigure& f = result.figure;
   f.unit = "identity";
   f.bottom = request.floor;
-  int64_t refLength = -1;
-  std::string refLabel, refFile;
+  std::vector<Panel> panels;
+  bool chromKnown = false;
   int64_t lo = std::numeric_limits<int64_t>::max(), hi = std::numeric_limits<int64_t>::min();
-  std::vector<std::vector<Piece>> piecesOf;
-
   for (const PanelSource& source : request.panels) {
-    plots::StackPanel panel;
-    StackResult::PanelData data;
-    std::vector<Piece> pieces;
-    for (const std::string& path : source.results) {
-      auto st = std::make_unique<ComparisonState>();
-      st->open();
-      Form form;
-      const std::string failed = litprevious(*st, form, path, [] {});
-      if (!failed.empty()) {
-        *why = "cannot read the result file " + path + ": " + failed;
+    Panel panel;
+    if (!(isTrackPath(source.path) ? readTrackPanel(source.path, request, panel, why)
+                                   : readResultPanel(source.path, request, panel, why)))
+      return false;
+    // Every panel must lie on the same reference, base for base.
+    for (const Panel& first : panels) {
+      const bool lengths = first.length >= 0 && panel.length >= 0 && first.length != panel.length;
+      const bool labels = !first.reference.empty() && !panel.reference.empty() && first.reference != panel.reference;
+      const bool chroms = first.chromKnown && panel.chromKnown && first.chrom != panel.chrom;
+      if (lengths || labels || chroms) {
+        *why = source.path + " was not run against the longest sequence of " + request.panels.front().path + " (" +
+               (labels ? panel.reference + " against " + first.reference
+                : lengths ? std::to_string(panel.length) + " bases against " + std::to_string(first.length)
+                          : panel.chrom + " against " + first.chrom) +
+               ")";
         return false;
       }
-      if (st->windgraph <= 0 || st->m2.isNil()) {
-        *why = path + " holds no profile to draw";
-        return false;
-      }
-      // Every panel must lie on the same reference, base for base.
-      const std::string label = st->origin[0].known() ? originLabel(st->origin[0]) : "";
-      if (refLength < 0) {
-        refLength = st->nbbases;
-        refLabel = label;
-        refFile = path;
-      } else if (st->nbbases != refLength || (!label.empty() && !refLabel.empty() && label != refLabel)) {
-        *why = path + " was not run against the longest sequence of " + refFile + " (" +
-               (label.empty() ? std::to_string(st->nbbases) + " bases" : label) + " against " +
-               (refLabel.empty() ? std::to_string(refLength) + " bases" : refLabel) + ")";
-        return false;
-      }
-      tracks::TrackOptions o;
-      o.recordCoordinates = request.recordCoordinates;
-      o.source = path;
-      if (result.chrom.empty()) result.chrom = tracks::chromName(*st, o);
-      const std::vector<tracks::Interval> values = tracks::profileIntervals(*st, o);
-      if (values.empty()) continue;
-      for (const tracks::Interval& v : values) panel.values.push_back({v.start, v.end, v.value});
-      const int64_t start = values.front().start, end = values.back().end;
-      lo = std::min(lo, start);
-      hi = std::max(hi, end);
-      if (const auto e = tracks::expectation(*st, tracks::Unit::Fraction)) {
-        panel.expectations.push_back({start, end, e->mean, e->upper, e->max});
-        data.mean = e->mean;
-        data.sd = (e->upper - e->mean) / 2;
-      }
-      data.W = st->windgraph;
-      if (source.name.empty() && panel.name.empty()) panel.name = st->origin[1].record;
-      if (!request.segments) continue;
-      std::string noThreshold;
-      const std::optional<double> threshold = tracks::thresholdScore(*st, request.rule, &noThreshold);
-      if (!threshold) {
-        *why = path + ": " + noThreshold;
-        return false;
-      }
-      tracks::SegmentRule each = request.rule;
-      each.minLength = 1;  // a segment cut by a chunk's end is judged whole, after the join
-      for (const tracks::Segment& s : tracks::callSegments(*st, each, *threshold)) {
-        const std::optional<tracks::Interval> at = tracks::segmentExtent(*st, o, s);
-        if (!at) continue;
-        pieces.push_back({s.first, s.last, at->start, at->end,
-                          s.meanScore * static_cast<double>(s.last - s.first + 1), s.maxScore, st->windgraph});
-      }
+      break;
     }
-    std::sort(panel.values.begin(), panel.values.end(),
-              [](const plots::StackValue& a, const plots::StackValue& b) { return a.start < b.start; });
-    if (!source.name.empty()) panel.name = source.name;
-    if (panel.name.empty()) panel.name = tracks::baseName(source.results.front());
-    data.values = panel.values;
-    f.panels.push_back(std::move(panel));
-    result.data.push_back(std::move(data));
-    piecesOf.push_back(joined(std::move(pieces), request.rule.minLength));
+    if (!panel.shown.values.empty()) {
+      lo = std::min(lo, panel.shown.values.front().start);
+      hi = std::max(hi, panel.shown.values.back().end);
+    }
+    if (!source.name.empty()) panel.shown.name = source.name;
+    if (panel.shown.name.empty())
+      panel.shown.name = isTrackPath(source.path) ? std::filesystem::path(source.path).stem().string()
+                                                  : tracks::baseName(source.path);
+    if (!chromKnown && panel.chromKnown) result.chrom = panel.chrom;
+    if (result.chrom.empty()) result.chrom = panel.chrom;
+    chromKnown = chromKnown || panel.chromKnown;
+    panels.push_back(std::move(panel));
   }
   if (lo > hi) {
-    *why = "the result files hold no scored position";
+    *why = "the panels hold no scored position";
     return false;
   }
   f.from = request.from ? *request.from - 1 : lo;
@@ -154,12 +253,16 @@ bool buildStack(const StackRequest& request, StackResult& result, std::string* w
     *why = "the range shown is empty: --to " + std::to_string(f.to) + " is not past --from " + std::to_string(f.from + 1);
     return false;
   }
-  f.title = request.title.empty() ? "Identity along " + (refLabel.empty() ? result.chrom : refLabel) : request.title;
+  const std::string& label = panels.front().reference.empty() ? result.chrom : panels.front().reference;
+  f.title = request.title.empty() ? "Identity along " + label : request.title;
 
   std::vector<annotation::GeneModel> models;
   if (request.annotation) {
-    const std::string seqid = request.seqid.empty() ? result.chrom : request.seqid;
-    if (!annotation::readAnnotation(*request.annotation, seqid, models, why)) return false;
+    // Without a record name, an annotation of one sequence is taken as it is.
+    const std::string seqid = !request.seqid.empty() ? request.seqid : chromKnown ? result.chrom : "";
+    std::string chosen;
+    if (!annotation::readAnnotation(*request.annotation, seqid, models, why, &chosen)) return false;
+    if (!chromKnown) result.chrom = chosen;
     f.annotated = true;
     for (const annotation::GeneModel& m : models) {
       plots::StackGene g{m.name, m.strand, m.extent.start, m.extent.end, {}, {}};
@@ -168,20 +271,16 @@ bool buildStack(const StackRequest& request, StackResult& result, std::string* w
       f.genes.push_back(std::move(g));
     }
   }
-  for (std::size_t k = 0; k < piecesOf.size(); ++k) {
-    for (const Piece& p : piecesOf[k]) {
-      PanelSegment s;
-      s.panel = f.panels[k].name;
-      s.start = p.start;
-      s.end = p.end;
-      s.windows = p.last - p.first + 1;
-      s.meanIdentity = p.sum / static_cast<double>(s.windows) / p.W;
-      s.maxIdentity = p.max / p.W;
-      s.overlap = annotation::overlapOf(models, {p.start, p.end});
-      f.panels[k].segments.push_back(
+  for (Panel& panel : panels) {
+    for (const Piece& p : panel.pieces) {
+      PanelSegment s{panel.shown.name, p.start, p.end, p.windows, p.meanIdentity, p.maxIdentity,
+                     annotation::overlapOf(models, {p.start, p.end})};
+      panel.shown.segments.push_back(
           {s.start, s.end, request.annotation ? kindOf(s.overlap) : plots::SegmentKind::Unannotated});
       result.segments.push_back(std::move(s));
     }
+    f.panels.push_back(std::move(panel.shown));
+    result.data.push_back(std::move(panel.data));
   }
   return true;
 }

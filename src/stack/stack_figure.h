@@ -13,12 +13,18 @@
 
 namespace trelvane::stack {
 
-// One panel: a comparison's result file, or the result files of its chunks
-// (analysed ranges of the same pair), drawn as one profile.
+// One panel: a comparison's result file, or a profile track (.bedGraph, as
+// compare writes it with --bedgraph, such as the joined tracks of a
+// comparison run in chunks). Beside a track PATH.bedGraph, the files
+// PATH.mean.bedGraph, PATH.upper.bedGraph and PATH.max.bedGraph (compare's
+// --h0-tracks PATH) give its random expectation where they exist.
 struct PanelSource {
-  std::vector<std::string> results;
+  std::string path;
   std::string name;  // "" for the shortest sequence's record, else the file's name
 };
+
+// True for a file name of a profile track: .bedGraph, .bedgraph or .bg.
+bool isTrackPath(const std::string& path);
 
 struct StackRequest {
   std::vector<PanelSource> panels;

@@ -198,6 +198,8 @@ INSTANTIATE_TEST_SUITE_P(, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TE
 INSTANTIATE_TEST_SUITE_P(BadInput, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/bad_input.cases")),
                          cases::caseName);
 
+INSTANTIATE_TEST_SUITE_P(Stack, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/stack.cases")),
+                         cases::caseName);
 INSTANTIATE_TEST_SUITE_P(Batch, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/batch.cases")),
                          cases::caseName);
 
