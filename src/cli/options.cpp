@@ -50,6 +50,14 @@ std::vector<Option> comparisonTable(ComparisonOptions& o) {
   field("to", &ComparisonOptions::to);
   field("resamplings", &ComparisonOptions::resamplings);
   field("identities", &ComparisonOptions::identities);
+  field("long-region", &ComparisonOptions::longRegion);
+  field("short-region", &ComparisonOptions::shortRegion);
+  table.push_back({"coordinates", 1, [&o](const std::vector<std::string>& v) {
+                     if (v[0] != "record" && v[0] != "run")
+                       return "invalid coordinates '" + v[0] + "': expected record or run";
+                     o.coordinates = v[0] == "record" ? Coordinates::Record : Coordinates::Run;
+                     return std::string();
+                   }});
   field("report", &ComparisonOptions::report);
   field("rows", &ComparisonOptions::rows);
   field("result", &ComparisonOptions::result);
@@ -135,6 +143,10 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
     *error = "--model tstv and --model general need --aligned FILE1 FILE2";
     return false;
   }
+  if (cpg && o.shortRegion) {
+    *error = "--short-region needs a shortest sequence: cpg reads LONG alone";
+    return false;
+  }
   if (o.dotplot && pictureFormatOf(*o.dotplot).empty()) {
     *error = "--dotplot needs a file name ending in .svg, .pdf or .png";
     return false;
@@ -164,6 +176,13 @@ std::string comparisonHelp() {
       "  --long-complement --long-reverse --long-remove-n\n"
       "  --short-complement --short-reverse --short-remove-n\n"
       "  --show-long --show-short   put the sequence's text at the top of the report\n"
+      "  --long-region R --short-region R\n"
+      "                        read only a record or region of a FASTA file (plain,\n"
+      "                        gzip or BGZF): NAME, NAME:FROM or NAME:FROM-TO, 1-based\n"
+      "                        and inclusive, commas allowed; LONG:R and SHORT:R say\n"
+      "                        the same where no file has that whole name\n"
+      "  --coordinates record|run   number the rows by the record's own coordinates\n"
+      "                        or along the run (default run)\n"
       "\n"
       "Substitution model, estimated before the run:\n"
       "  --model identity|tstv|general\n"

@@ -22,6 +22,9 @@ struct Form {
   bool CBClipboard = false;
   bool Comp0 = false, Reverse0 = false, CBRemoveN0 = false;
   bool Comp1 = false, Reverse1 = false, CBRemoveN1 = false;
+  // The record or region read from each side's file, samtools' way
+  // ("chr11", "chr11:5,225,464-5,229,395"); "" joins every record.
+  std::string Region0, Region1;
   std::string Message = "Message";
   std::string EditField0 = "Drop a sequence file or output file";
   std::string EditField1 = "Drop a sequence file or output file";
