@@ -113,6 +113,27 @@ bool openDecompressed(LineReader& in, const std::string& path, std::string& why,
   return true;
 }
 
+std::vector<std::string> recordNames(const std::string& path) {
+  std::vector<std::string> names;
+  LineReader in;
+  auto broken = std::make_shared<std::string>();
+  std::string why;
+  const bool indexed = exists(path + ".fai");
+  if (indexed ? !in.open(path + ".fai")
+              : isCompressedFile(path) ? !openDecompressed(in, path, why, broken) : !in.open(path))
+    return names;
+  while (!in.eof()) {
+    const std::string line = in.readLine();
+    if (indexed) {
+      names.push_back(line.substr(0, line.find('\t')));
+    } else if (!line.empty() && line[0] == '>') {
+      const std::size_t end = line.find_first_of(" \t", 1);
+      names.push_back(line.substr(1, end == std::string::npos ? end : end - 1));
+    }
+  }
+  return names;
+}
+
 struct FastaFile::Index {
   faidx_t* fai = nullptr;
   ~Index() {

@@ -21,6 +21,10 @@ bool isCompressedFile(const std::string& path);
 bool openDecompressed(LineReader& in, const std::string& path, std::string& why,
                       std::shared_ptr<std::string> broken);
 
+// The record names of a file, for a chooser: those of its .fai index where
+// one stands beside it, else its title lines read through (none is built).
+std::vector<std::string> recordNames(const std::string& path);
+
 struct FastaRecord {
   std::string name;    // the first word of its title line
   int64_t length = 0;  // its letters, every printable character of its lines

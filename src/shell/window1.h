@@ -124,6 +124,9 @@ class Window1 : public QMainWindow {
   void paintCanvas(QPainter& painter);
   // A file by one of the four routes, then the path field's insertion point at its end.
   void openRoute(Route route, const std::optional<std::string>& path);
+  // The side's file read again for the record or region of its chooser.
+  void chooseRegion(int side);
+  void fillRecordChooser(int side);
   std::optional<std::string> askOpenFile();
   std::optional<std::string> askSaveFile();
   // The warning on a listing too large, answered; true where none is due.
@@ -154,6 +157,9 @@ class Window1 : public QMainWindow {
   DropBox* GBShort = nullptr;
   QLineEdit* EditField0 = nullptr;
   QLineEdit* EditField1 = nullptr;
+  // The record chooser of each side, with room to type a region after the name.
+  QComboBox* Region0 = nullptr;
+  QComboBox* Region1 = nullptr;
   QPlainTextEdit* Results = nullptr;
   PictureCanvas* Canvas1 = nullptr;
   QPlainTextEdit* SeqModel1 = nullptr;
