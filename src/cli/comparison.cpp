@@ -106,6 +106,12 @@ bool checkFiles(const ComparisonOptions& o, const Console& console, int& status)
       return false;
     }
   }
+  for (const std::string& out : o.tracks.files()) {
+    if (!canCreateFile(out, &why)) {
+      status = badInput(console, why);
+      return false;
+    }
+  }
   return true;
 }
 
@@ -317,6 +323,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
     plots::DotPlot dots = plots::PBDot_Action(st, form);
     if (!plots::writeDotPlotFile(dots, *o.dotplot, &error)) fail(error);
   }
+  if (o.tracks.any() && writeTrackOutputs(st, o.tracks, console) != kExitOk) status = kExitBadInput;
   return status;
 }
 

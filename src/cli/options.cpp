@@ -56,6 +56,9 @@ std::vector<Option> comparisonTable(ComparisonOptions& o) {
                      if (v[0] != "record" && v[0] != "run")
                        return "invalid coordinates '" + v[0] + "': expected record or run";
                      o.coordinates = v[0] == "record" ? Coordinates::Record : Coordinates::Run;
+                     // Tracks are for browsers, which know records: they follow the
+                     // record unless the run's numbering is asked for.
+                     o.tracks.track.recordCoordinates = o.coordinates == Coordinates::Record;
                      return std::string();
                    }});
   field("report", &ComparisonOptions::report);
@@ -106,6 +109,7 @@ std::vector<Option> comparisonTable(ComparisonOptions& o) {
                      o.aligned2 = v[1];
                      return std::string();
                    }});
+  addTrackOptions(table, o.tracks, o.cpg ? TrackCommand::Cpg : TrackCommand::Compare);
   return table;
 }
 
@@ -151,11 +155,11 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
     *error = "--dotplot needs a file name ending in .svg, .pdf or .png";
     return false;
   }
-  return true;
+  return checkTrackOutputs(o.tracks, cpg ? TrackCommand::Cpg : TrackCommand::Compare, true, error);
 }
 
 std::string comparisonHelp() {
-  return
+  return std::string(
       "Usage: trelvane-cli compare LONG SHORT [OPTION]...\n"
       "  or:  trelvane-cli cpg LONG [OPTION]...\n"
       "Draw the identity profile of the sequence file LONG against SHORT (compare),\n"
@@ -181,8 +185,9 @@ std::string comparisonHelp() {
       "                        gzip or BGZF): NAME, NAME:FROM or NAME:FROM-TO, 1-based\n"
       "                        and inclusive, commas allowed; LONG:R and SHORT:R say\n"
       "                        the same where no file has that whole name\n"
-      "  --coordinates record|run   number the rows by the record's own coordinates\n"
-      "                        or along the run (default run)\n"
+      "  --coordinates record|run   number the rows and the tracks by the record's\n"
+      "                        own coordinates or along the run (default: the rows\n"
+      "                        along the run, the tracks by the record)\n"
       "\n"
       "Substitution model, estimated before the run:\n"
       "  --model identity|tstv|general\n"
@@ -193,7 +198,8 @@ std::string comparisonHelp() {
       "  --rows FILE           the clipboard text: result head and one row a position\n"
       "  --result FILE         the result file, which 'redraw' reads back\n"
       "  --svg FILE --pdf FILE --png FILE   the profile as drawn after the run\n"
-      "  --dotplot FILE        the dot plot (.svg, .pdf or .png)\n"
+      "  --dotplot FILE        the dot plot (.svg, .pdf or .png)\n") +
+      trackHelp(true, true, true) +
       "\n"
       "Other:\n"
       "  --seed N              seed of the random resampling (default: the clock)\n"

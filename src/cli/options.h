@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/track_outputs.h"
+
 namespace trelvane::cli {
 
 // How positions are numbered in the outputs: along the run (1 at the first
@@ -43,6 +45,7 @@ struct ComparisonOptions {
   std::optional<std::string> result;
   std::optional<std::string> svg, pdf, png;
   std::optional<std::string> dotplot;
+  TrackOutputs tracks;  // genome-browser tracks, segments, CpG islands
 
   std::optional<int> model;  // PupModel's ListIndex: 0 identity, 1 tstv, 2 general
   std::optional<std::string> aligned1, aligned2;

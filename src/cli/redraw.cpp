@@ -10,6 +10,7 @@
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/track_outputs.h"
 #include "plots/picture_qt.h"
 #include "state/form.h"
 #include "state/state.h"
@@ -52,6 +53,12 @@ const char kRedrawHelp[] =
     "  --help                display this help and exit\n"
     "  --version             output version information and exit\n";
 
+// The tracks follow the drawing's --unit; segments and islands come from the
+// stored profile, islands from the sequence given with --long.
+std::string redrawHelp() {
+  return kRedrawHelp + trackHelp(false, true, true);
+}
+
 struct RedrawOptions {
   std::optional<std::string> result;
   std::optional<std::string> longFile;
@@ -65,6 +72,7 @@ struct RedrawOptions {
   bool noMaxMin = false, noMaxH0 = false, movingAverage = false;
   std::optional<std::string> from, to;
   std::optional<std::string> svg, pdf, png, shapes;
+  TrackOutputs tracks;
   bool help = false, version = false;
 };
 
@@ -109,6 +117,8 @@ bool parse(const std::vector<std::string>& args, RedrawOptions& o, std::string* 
                      return oneOf("unit", v[0], {"frequency", "number"});
                    }});
 
+  addTrackOptions(table, o.tracks, TrackCommand::Redraw);
+
   CommandLine line;
   if (!parseCommandLine(args, table, line, error)) return false;
   o.help = line.help;
@@ -123,6 +133,11 @@ bool parse(const std::vector<std::string>& args, RedrawOptions& o, std::string* 
       return false;
     }
   }
+  if (!checkTrackOutputs(o.tracks, TrackCommand::Redraw, o.longFile.has_value(), error)) return false;
+  // The tracks take the drawing's unit and mode.
+  o.tracks.track.unit = o.unit == "number" ? tracks::Unit::Score : tracks::Unit::Fraction;
+  o.tracks.track.cpg = o.cpg;
+  o.tracks.track.source = *o.result;
   return true;
 }
 
@@ -160,12 +175,14 @@ int runRedraw(const std::vector<std::string>& args, const Console& console) {
   RedrawOptions o;
   std::string error;
   if (!parse(args, o, &error)) return usageError(console, error, "redraw");
-  if (o.help || o.version) return helpOrVersion(console, o.help, kRedrawHelp);
+  if (o.help || o.version) return helpOrVersion(console, o.help, redrawHelp());
   auto bad = [&console](std::string_view text) { return badInput(console, text); };
   for (const auto* path : {&o.longFile, &o.result}) {
     if (*path && !canReadFile(**path, &error)) return bad("cannot read " + **path + ": " + error);
   }
   if (!isResultFile(*o.result)) return bad(*o.result + " is not a Trelvane result file");
+  for (const std::string& out : o.tracks.files())
+    if (!canCreateFile(out, &error)) return bad(error);
 
   // A new window: its open event, every control at its default.
   ComparisonState st;
@@ -241,6 +258,7 @@ int runRedraw(const std::vector<std::string>& args, const Console& console) {
     }
     if (!writePictureOutput(console, *st.pct, format, **path, &error)) status = bad(error);
   }
+  if (o.tracks.any() && writeTrackOutputs(st, o.tracks, console) != kExitOk) status = kExitBadInput;
   return status;
 }
 

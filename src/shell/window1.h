@@ -82,6 +82,12 @@ class Window1 : public QMainWindow {
   // the menus
   void EditCopy_Action();
   void FileClose_Action();
+  // File > Export: the profile, its random expectation, the conserved
+  // segments or the CpG islands of the present result, to a file chosen in a
+  // Save dialog (saveDialog answers it where set). The outcome is shown in
+  // Message.
+  enum class Export { BedGraph, BigWig, RandomTracks, SegmentsBed, SegmentsTsv, IslandsBed, IslandsGff };
+  void FileExport_Action(Export what);
 
   // Form to widgets, signals blocked.
   void refresh();

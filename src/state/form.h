@@ -76,6 +76,8 @@ struct Form {
   bool CBMaxMin = true;
   std::string EF_MinX = "0";
   std::string EF_MaxX = "1";
+  // Conserved segments shaded under the profile (70 % over 100 positions).
+  bool CBShadeSegments = false;
 
   // Window
   int Width = 400;

@@ -184,8 +184,15 @@ inline std::string runDesk(const cases::Case& c, const std::map<std::string, Ste
 #undef TRELVANE_SET
       else ADD_FAILURE() << "no field " << name;
     } else if (key == "sh") {
-      const int status = std::system(("cd '" + d->dir.string() + "' && " + value).c_str());
-      if (status != 0) out << "  sh status " << status << "\n";
+      // A shell line in the case's folder: what it prints, and its status where it failed.
+      std::ofstream(d->path(".step.sh")) << "cd '" << d->dir.string() << "' && rm .step.sh && { " << value << "\n} 2>&1\n";
+      FILE* p = ::popen(("bash '" + d->path(".step.sh") + "'").c_str(), "r");
+      std::string text;
+      for (int ch; (ch = std::fgetc(p)) != EOF;) text += static_cast<char>(ch);
+      const int status = ::pclose(p);
+      std::istringstream in(text);
+      for (std::string line; std::getline(in, line);) out << "  | " << cases::escaped(line, true) << "\n";
+      if (status != 0) out << "  failed " << WEXITSTATUS(status) << "\n";
     } else if (key == "cd") {
       std::filesystem::current_path(d->dir);
     } else if (key == "reset") {
