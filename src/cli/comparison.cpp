@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -26,6 +27,7 @@
 #include "platform/rnd.h"
 
 #include "input/panel.h"
+#include "input/region.h"
 #include "input/text_fields.h"
 #include "model/aligned.h"
 #include "plots/dotplot.h"
@@ -114,6 +116,53 @@ bool checkFiles(const ComparisonOptions& o, const Console& console, int& status)
 }
 
 
+// LONG:REGION and SHORT:REGION, where no file has the whole name: the
+// file and its region apart, the region beside --long-region refused.
+bool splitRegions(ComparisonOptions& o, const Console& console, int& status) {
+  const std::pair<std::string*, std::optional<std::string>*> sides[] = {
+      {&o.longPath, &o.longRegion}, {&o.shortPath, &o.shortRegion}};
+  for (const auto& [path, region] : sides) {
+    if (path->empty() || canReadFile(*path, nullptr)) continue;
+    std::string file, part, why;
+    if (!splitFileRegion(*path, file, part, why)) {
+      status = badInput(console, why);
+      return false;
+    }
+    if (part.empty()) continue;
+    if (*region) {
+      status = badInput(console, *path + " names a region, and --" +
+                                     (path == &o.longPath ? "long" : "short") +
+                                     "-region another: give one");
+      return false;
+    }
+    *path = file;
+    *region = part;
+  }
+  return true;
+}
+
+// The rows with each position in the record's own coordinates ("-" where a
+// position holds no base of the record); the head before "#" unchanged.
+std::string rowsInRecordCoordinates(const std::string& rows, const SequenceOrigin& origin) {
+  const std::size_t hash = rows.find("\n#\n");
+  if (hash == std::string::npos) return rows;
+  std::string out = rows.substr(0, hash + 3);
+  for (std::size_t at = hash + 3; at < rows.size();) {
+    std::size_t end = rows.find('\n', at);
+    end = end == std::string::npos ? rows.size() : end + 1;
+    const std::size_t tab = rows.find('\t', at);
+    if (tab == std::string::npos || tab >= end) {
+      out.append(rows, at, end - at);
+    } else {
+      const std::optional<int64_t> pos = recordPosition(origin, std::atoll(rows.c_str() + at));
+      out += pos ? std::to_string(*pos) : "-";
+      out.append(rows, tab, end - tab);
+    }
+    at = end;
+  }
+  return out;
+}
+
 }  // namespace
 
 namespace {
@@ -125,7 +174,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   if (!parseComparisonOptions(cpg, args, o, &error)) return usageError(console, error, cpg ? "cpg" : "compare");
   if (o.help || o.version) return helpOrVersion(console, o.help, comparisonHelp());
   int status = kExitOk;
-  if (!checkFiles(o, console, status)) return status;
+  if (!splitRegions(o, console, status) || !checkFiles(o, console, status)) return status;
 
   // A new window: its open event, every control at its default.
   ComparisonState st;
@@ -146,6 +195,8 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   form.Comp1 = o.shortComplement;
   form.Reverse1 = o.shortReverse;
   form.CBRemoveN1 = o.shortRemoveN;
+  form.Region0 = o.longRegion.value_or("");
+  form.Region1 = o.shortRegion.value_or("");
   if (cpg) {
     form.CBCPG = true;
     CBCPG_Action(st, form);
@@ -239,7 +290,11 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   if (o.rows) {
     if (!host.hasClipboard())
       fail("the run gave no rows: " + *o.rows + " was not written");
-    else if (!writeOutput(console, *o.rows, host.clipboard(), &error))
+    else if (!writeOutput(console, *o.rows,
+                          o.coordinates == Coordinates::Record
+                              ? rowsInRecordCoordinates(host.clipboard(), st.origin[0])
+                              : host.clipboard(),
+                          &error))
       fail(error);
   }
   if (o.result) {

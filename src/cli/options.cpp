@@ -50,6 +50,17 @@ std::vector<Option> comparisonTable(ComparisonOptions& o) {
   field("to", &ComparisonOptions::to);
   field("resamplings", &ComparisonOptions::resamplings);
   field("identities", &ComparisonOptions::identities);
+  field("long-region", &ComparisonOptions::longRegion);
+  field("short-region", &ComparisonOptions::shortRegion);
+  table.push_back({"coordinates", 1, [&o](const std::vector<std::string>& v) {
+                     if (v[0] != "record" && v[0] != "run")
+                       return "invalid coordinates '" + v[0] + "': expected record or run";
+                     o.coordinates = v[0] == "record" ? Coordinates::Record : Coordinates::Run;
+                     // Tracks are for browsers, which know records: they follow the
+                     // record unless the run's numbering is asked for.
+                     o.tracks.track.recordCoordinates = o.coordinates == Coordinates::Record;
+                     return std::string();
+                   }});
   field("report", &ComparisonOptions::report);
   field("rows", &ComparisonOptions::rows);
   field("result", &ComparisonOptions::result);
@@ -136,6 +147,10 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
     *error = "--model tstv and --model general need --aligned FILE1 FILE2";
     return false;
   }
+  if (cpg && o.shortRegion) {
+    *error = "--short-region needs a shortest sequence: cpg reads LONG alone";
+    return false;
+  }
   if (o.dotplot && pictureFormatOf(*o.dotplot).empty()) {
     *error = "--dotplot needs a file name ending in .svg, .pdf or .png";
     return false;
@@ -186,6 +201,14 @@ std::string comparisonHelp() {
       "  --long-complement --long-reverse --long-remove-n\n"
       "  --short-complement --short-reverse --short-remove-n\n"
       "  --show-long --show-short   put the sequence's text at the top of the report\n"
+      "  --long-region R --short-region R\n"
+      "                        read only a record or region of a FASTA file (plain,\n"
+      "                        gzip or BGZF): NAME, NAME:FROM or NAME:FROM-TO, 1-based\n"
+      "                        and inclusive, commas allowed; LONG:R and SHORT:R say\n"
+      "                        the same where no file has that whole name\n"
+      "  --coordinates record|run   number the rows and the tracks by the record's\n"
+      "                        own coordinates or along the run (default: the rows\n"
+      "                        along the run, the tracks by the record)\n"
       "\n"
       "Substitution model, estimated before the run:\n"
       "  --model identity|tstv|general\n"

@@ -11,6 +11,10 @@
 
 namespace trelvane::cli {
 
+// How positions are numbered in the outputs: along the run (1 at the first
+// base read), or in the record's own coordinates (SequenceOrigin).
+enum class Coordinates { Run, Record };
+
 // What the user asked for. Field values are kept as typed: they go into the
 // window's fields as text, where the run reads them as a user's typing.
 struct ComparisonOptions {
@@ -23,6 +27,11 @@ struct ComparisonOptions {
   std::optional<std::string> to;           // EFAnaTo
   std::optional<std::string> resamplings;  // EFSD
   std::optional<std::string> identities;   // EFIdentities
+
+  // A record or region of each file (samtools' NAME:FROM-TO), also given as
+  // LONG:REGION where that is unambiguous; none joins every record.
+  std::optional<std::string> longRegion, shortRegion;
+  Coordinates coordinates = Coordinates::Run;  // --coordinates record|run
 
   bool longComplement = false, longReverse = false, longRemoveN = false;
   bool shortComplement = false, shortReverse = false, shortRemoveN = false;

@@ -166,7 +166,7 @@ std::string trackHelp(bool unit, bool comparison, bool islands) {
          "                        and max identity and the best partner's start on the\n"
          "                        shortest sequence\n"
          "  --min-identity F      segments: windows at or above F (default 0.70) ...\n"
-         "  --min-length N        ... covering at least N bases (default 100)\n"
+         "  --min-length N        ... for at least N positions in a row (default 100)\n"
          "  --above mean+Ksd|mean|max  segments: windows above the random expectation\n";
   if (comparison && islands) h += "cpg only:\n";
   if (islands)

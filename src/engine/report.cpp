@@ -160,6 +160,14 @@ std::string resultTables(const RunContext& c) {
   out += "Shortest sequence";
   out += EndOfLine;
   appendComposition(out, c.st, 1, c.nshort);
+  // Where a side was read from a record or region, the block says which, so
+  // that its positions can be told in the record's coordinates later; a
+  // reader of older files passes over these lines.
+  for (int side = 0; side < (c.s.CBCPG ? 1 : 2); ++side) {
+    const SequenceOrigin& origin = c.st.origin[side];
+    if (!origin.known() || origin.wholeFile) continue;
+    line(out, side == 0 ? kLongOriginKey : kShortOriginKey, originText(origin));
+  }
   return out;
 }
 

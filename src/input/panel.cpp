@@ -39,6 +39,7 @@ std::string openFile(ComparisonState& st, Form& form, Route route,
     return why;
   }
   // A cancelled dialog forgets the file loaded before, and nothing else.
+  const std::optional<std::string> before = st.f[side];
   st.f[side] = path;
   if (!st.f[side]) return "";
 
@@ -48,10 +49,21 @@ std::string openFile(ComparisonState& st, Form& form, Route route,
   in.close();
   if (isResultHead(first)) return litprevious(st, form, st.f[side], graph);
 
-  (side == 0 ? form.EditField0 : form.EditField1) = absolutePath(*st.f[side]);
-  if (!first.empty() && (first[0] == '>' || first[0] == '%'))
-    (side == 0 ? form.GBLongCaption : form.GBShortCaption) = first.substr(1);
+  std::string& field = side == 0 ? form.EditField0 : form.EditField1;
+  std::string& caption = side == 0 ? form.GBLongCaption : form.GBShortCaption;
+  const std::string fieldBefore = field, captionBefore = caption;
+  field = absolutePath(*st.f[side]);
+  if (!first.empty() && (first[0] == '>' || first[0] == '%')) caption = first.substr(1);
   why = side == 0 ? litlongue(st, form) : litshort(st, form);
+  const bool region = !(side == 0 ? form.Region0 : form.Region1).empty();
+  if (!why.empty()) {
+    // A file, record or region that cannot be read leaves the side as it was.
+    st.f[side] = before;
+    field = fieldBefore;
+    caption = captionBefore;
+    return why;
+  }
+  if (region) caption = originLabel(st.origin[side]);
   if (!st.f[side]) return why;  // the length check failed
 
   // Enabling rules: the drops never enable PBDot, the side-1 routes ignore

@@ -18,6 +18,8 @@ struct StoredResult {
       sumu2bas, sumu2up;
   // The text of Bases= as it stands, for the message of a refused file.
   std::string basesText;
+  // The origins of a run on records or regions; an older file has none.
+  std::optional<SequenceOrigin> origin[2];
 };
 
 // Tests the line against every key, in this order; no key is a prefix of
@@ -43,6 +45,9 @@ void readKeys(const std::string& line, StoredResult& r) {
     r.basesText = std::string(v.substr(0, 40));
   }
   if (value("Bases1=", v)) r.nbbases1 = toInt(Val(v));
+  SequenceOrigin origin;
+  if (value(kLongOriginKey, v) && parseOriginText(v, origin)) r.origin[0] = origin;
+  if (value(kShortOriginKey, v) && parseOriginText(v, origin)) r.origin[1] = origin;
 }
 
 template <typename T>
@@ -103,6 +108,8 @@ std::string readResult(ComparisonState& st, Form& form, LineReader& in, const st
   store(r.sumu2up, st.sumu2up);
   store(r.nbbases, st.nbbases);
   store(r.nbbases1, st.nbbases1);
+  store(r.origin[0], st.origin[0]);
+  store(r.origin[1], st.origin[1]);
 
   // A file that ends at or before its "#" line has no byte section: m2 stays.
   if (!in.eof()) {

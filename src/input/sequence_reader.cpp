@@ -6,55 +6,21 @@
 #include <optional>
 
 #include "input/content_census.h"
+#include "input/fasta_file.h"
+#include "input/reader_tables.h"
 #include "platform/linereader.h"
 #include "platform/numtext.h"
 
 namespace trelvane {
-namespace {
+namespace detail {
 
-using CaraTable = std::array<std::string, 257>;
-
-// Base codes by byte: A 1, T 2, C 3, G 4 in either case, every other byte 0.
-constexpr std::array<uint8_t, 256> makeCodes() {
-  std::array<uint8_t, 256> codes{};
-  codes['A'] = codes['a'] = kA;
-  codes['T'] = codes['t'] = kT;
-  codes['C'] = codes['c'] = kC;
-  codes['G'] = codes['g'] = kG;
-  return codes;
-}
-constexpr std::array<uint8_t, 256> kCodes = makeCodes();
-
-bool isTitle(std::string_view line) {
-  return !line.empty() && (line[0] == '>' || line[0] == '%');
-}
-
-void formatInto(const CaraTable& cara, std::string_view line, std::string& out) {
-  out.clear();
-  if (isTitle(line)) return;
-  for (unsigned char b : line) out += cara[b];
-}
-
-int64_t formattedLength(const CaraTable& cara, std::string_view line) {
-  if (isTitle(line)) return 0;
-  int64_t n = 0;
-  for (unsigned char b : line) n += static_cast<int64_t>(cara[b].size());
-  return n;
-}
-
-// The base code that each byte becomes through cara, or kVanish where its
-// entry is empty: the hot loop of the fill reads one table entry a byte
-// instead of building the cleaned line. Only where every entry is one
-// letter at most, which is all the readers ever set.
-constexpr int16_t kVanish = -1;
-using CodeTable = std::array<int16_t, 256>;
-
-bool makeCodeTable(const CaraTable& cara, CodeTable& table) {
+bool makeCodeTable(const CaraTable& cara, bool removeN, CodeTable& table) {
   for (int b = 0; b < 256; ++b) {
     const std::string& entry = cara[b];
     if (entry.size() > 1) return false;
     table[b] = entry.empty() ? kVanish : kCodes[static_cast<unsigned char>(entry[0])];
   }
+  if (removeN && table['N'] == kVanish) table['N'] = table['n'] = kRemovedN;
   return true;
 }
 
@@ -76,12 +42,89 @@ void setN(CaraTable& cara, const std::string& entry) {
   cara['n'] = entry;
 }
 
+std::vector<RemovedRun> RemovedTally::inRunOrder(int64_t count, bool reverse, int64_t gap) {
+  base(count + 1);
+  if (!reverse) return std::move(runs);
+  std::vector<RemovedRun> out;
+  out.reserve(runs.size());
+  for (auto r = runs.rbegin(); r != runs.rend(); ++r) out.push_back({gap + count - r->runPos + 2, r->length});
+  return out;
+}
+
+void storeSide(ComparisonState& st, Form& form, int side, SideReading&& r) {
+  const auto n32 = static_cast<int32_t>(r.count);
+  st.cara = std::move(r.cara);
+  st.origin[side] = std::move(r.origin);
+  for (int c = 0; c < 5; ++c) st.basesfreq[c][side] = static_cast<int32_t>(r.freq[c]);
+  if (side == 0) {
+    st.m0 = std::move(r.block);
+    st.nbbases = n32;
+    // Each longest sequence resets the resamplings to its window positions.
+    form.EFSD = Str(static_cast<double>(n32) - Val(form.EFWS));
+  } else {
+    st.m1 = std::move(r.block);
+    st.nbbases1 = n32;
+    if (Val(form.EFWS) > n32) form.EFWS = Str(n32);
+  }
+
+  // length check: equal lengths pass, and only a loaded other side counts
+  if (st.nbbases < st.nbbases1 && st.f[1 - side]) {
+    form.Message = side == 0 ? "Long sequence shorter than short sequence !"
+                             : "short sequence longer than long sequence !";
+    st.f[side].reset();
+  } else {
+    form.Message = (side == 0 ? "Long sequence read " : "Short sequence read ") + Str(n32) +
+                   " bases" + r.remark;
+  }
+}
+
+}  // namespace detail
+
+namespace {
+
+using detail::CaraTable;
+using detail::CodeTable;
+using detail::kCodes;
+using detail::kRemovedN;
+using detail::kVanish;
+using detail::setLetters;
+using detail::setN;
+
+bool isTitle(std::string_view line) {
+  return !line.empty() && (line[0] == '>' || line[0] == '%');
+}
+
+void formatInto(const CaraTable& cara, std::string_view line, std::string& out) {
+  out.clear();
+  if (isTitle(line)) return;
+  for (unsigned char b : line) out += cara[b];
+}
+
+int64_t formattedLength(const CaraTable& cara, std::string_view line) {
+  if (isTitle(line)) return 0;
+  int64_t n = 0;
+  for (unsigned char b : line) n += static_cast<int64_t>(cara[b].size());
+  return n;
+}
+
 std::string readSide(ComparisonState& st, Form& form, int side) {
   if (!st.f[side]) {
     form.Message = "Cannot read the sequence: no file is chosen";
     return "no file is chosen";
   }
   const std::string path = *st.f[side];
+  const std::string& region = side == 0 ? form.Region0 : form.Region1;
+  if (!region.empty()) return detail::readRegion(st, form, side, path, region);
+  // A compressed file reads by the very rules of the same file uncompressed.
+  if (isCompressedFile(path)) {
+    auto broken = std::make_shared<std::string>();
+    detail::SequenceSource source{path,
+                                  [path, broken](LineReader& in, std::string& why) {
+                                    return openDecompressed(in, path, why, broken);
+                                  },
+                                  [broken] { return *broken; }};
+    return detail::readSequence(st, form, side, source);
+  }
   detail::SequenceSource source{path, [&path](LineReader& in, std::string& why) {
                                   if (in.open(path)) return true;
                                   why = in.error();
@@ -145,6 +188,10 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
     census.add(line);
   } while (!in.eof() && total <= maxTotal);
   in.close();
+  if (source.broken && !(why = source.broken()).empty()) {
+    form.Message = cannotReadText(source.path, why);
+    return why;
+  }
   if (total > maxTotal) {
     why = "the sequence is too long (more than " + Str(maxTotal) + " characters)";
     form.Message = cannotReadText(source.path, why);
@@ -162,7 +209,8 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
   int64_t count = 0;
   int64_t freq[5] = {};
   CodeTable table;
-  const bool direct = makeCodeTable(cara, table);
+  const bool direct = detail::makeCodeTable(cara, removeN, table);
+  detail::RemovedTally removed;
   std::string clean;
   do {
     const std::string line = in.readLine();
@@ -176,7 +224,11 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
         uint8_t* end = out + (total - 1);  // the block fills from the back
         for (std::size_t i = 0; i < len && k < total; ++i) {
           const int16_t c = table[p[i]];
-          if (c == kVanish) continue;
+          if (c < 0) {
+            if (c == kRemovedN) removed.remove();
+            continue;
+          }
+          removed.base(k + 1);
           end[-k] = static_cast<uint8_t>(c);
           ++freq[c];
           ++k;
@@ -184,7 +236,11 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
       } else {
         for (std::size_t i = 0; i < len && k < total; ++i) {
           const int16_t c = table[p[i]];
-          if (c == kVanish) continue;
+          if (c < 0) {
+            if (c == kRemovedN) removed.remove();
+            continue;
+          }
+          removed.base(k + 1);
           out[k] = static_cast<uint8_t>(c);
           ++freq[c];
           ++k;
@@ -215,40 +271,33 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
     count += n;
   } while (!in.eof());
   in.close();
+  if (source.broken && !(why = source.broken()).empty()) {
+    form.Message = cannotReadText(source.path, why);
+    return why;
+  }
 
-  // the side's state, all at once
-  const auto n32 = static_cast<int32_t>(count);
-  st.cara = std::move(cara);
-  SequenceOrigin origin;
+  // the side's state, all at once; the joined file's own numbering counts
+  // its letters, the Ns that Remove Ns took out included
+  detail::SideReading r;
+  r.block = std::move(block);
+  r.count = count;
+  std::copy(freq, freq + 5, r.freq);
+  r.cara = std::move(cara);
+  SequenceOrigin& origin = r.origin;
   origin.path = source.path;
   if (firstTitle) origin.record = recordNameOf(*firstTitle);
-  origin.to = count;
+  // With Reverse the first pass counted the removed Ns: they stand as zeros ahead.
+  origin.gap = reverse && removeN ? total - count : 0;
+  int64_t letters = count + removed.pending;
+  for (const RemovedRun& x : removed.runs) letters += x.length;
+  origin.to = origin.recordLength = letters;
   origin.complement = comp;
   origin.reverse = reverse;
   origin.removeN = removeN;
-  st.origin[side] = std::move(origin);
-  for (int c = 0; c < 5; ++c) st.basesfreq[c][side] = static_cast<int32_t>(freq[c]);
-  if (side == 0) {
-    st.m0 = std::move(block);
-    st.nbbases = n32;
-    // Each longest sequence resets the resamplings to its window positions.
-    form.EFSD = Str(static_cast<double>(n32) - Val(form.EFWS));
-  } else {
-    st.m1 = std::move(block);
-    st.nbbases1 = n32;
-    if (Val(form.EFWS) > n32) form.EFWS = Str(n32);
-  }
-
-  // length check: equal lengths pass, and only a loaded other side counts
-  if (st.nbbases < st.nbbases1 && st.f[1 - side]) {
-    form.Message = side == 0 ? "Long sequence shorter than short sequence !"
-                             : "short sequence longer than long sequence !";
-    st.f[side].reset();
-  } else {
-    // A file that is no DNA still reads by the rules, but never unannounced.
-    form.Message = (side == 0 ? "Long sequence read " : "Short sequence read ") + Str(n32) +
-                   " bases" + census.remark();
-  }
+  origin.removed = removed.inRunOrder(count, reverse, origin.gap);
+  // A file that is no DNA still reads by the rules, but never unannounced.
+  r.remark = census.remark();
+  detail::storeSide(st, form, side, std::move(r));
   return "";
 }
 

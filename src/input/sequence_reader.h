@@ -42,6 +42,9 @@ namespace detail {
 struct SequenceSource {
   std::string path;
   std::function<bool(LineReader& in, std::string& why)> open;
+  // Why the pass just read broke off (a truncated compressed file); "" or
+  // no function where it did not.
+  std::function<std::string()> broken = nullptr;
 };
 
 // The reader of one side (0 longest, 1 shortest). A source that cannot be
@@ -51,6 +54,14 @@ struct SequenceSource {
 // the first, so the fill never leaves its block.
 std::string readSequence(ComparisonState& st, Form& form, int side,
                          const SequenceSource& source, int64_t maxTotal = kMaxBases);
+
+// The reader of one side for a record or region of a FASTA file (plain,
+// gzip or BGZF; region as in Region0): the letters htslib gives pass the
+// same table as a plain file's. An unknown record, a range past its end, an
+// empty record or a file that is no DNA FASTA is refused with a message
+// naming them, and nothing changes.
+std::string readRegion(ComparisonState& st, Form& form, int side, const std::string& path,
+                       const std::string& region);
 
 }  // namespace detail
 }  // namespace trelvane

@@ -37,23 +37,30 @@ void LineReader::openMemory(std::string bytes) {
   memOpen_ = true;
 }
 
+void LineReader::openPull(Pull pull) {
+  close();
+  pull_ = std::move(pull);
+}
+
 void LineReader::close() {
   if (file_) std::fclose(file_);
   file_ = nullptr;
+  pull_ = nullptr;
   memOpen_ = false;
   buf_.clear();
   pos_ = 0;
 }
 
 bool LineReader::fill() {
-  if (!file_) return false;
+  if (!file_ && !pull_) return false;
   if (pos_ > 0) {
     buf_.erase(0, pos_);
     pos_ = 0;
   }
   std::size_t old = buf_.size();
   buf_.resize(old + kChunk);
-  std::size_t got = std::fread(buf_.data() + old, 1, kChunk, file_);
+  const std::size_t got = file_ ? std::fread(buf_.data() + old, 1, kChunk, file_)
+                                 : pull_(buf_.data() + old, kChunk);
   buf_.resize(old + got);
   return got > 0;
 }

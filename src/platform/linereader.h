@@ -1,7 +1,9 @@
 // linereader.h -- reads a file line by line (LF, CRLF or CR), then raw bytes.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <string>
 
 namespace trelvane {
@@ -22,8 +24,12 @@ class LineReader {
   bool open(const std::string& path);
   // Reads from a text held in memory (tests, fuzzing).
   void openMemory(std::string bytes);
+  // Reads the bytes a pull function gives (a decompressor): it fills up to
+  // n bytes at p and returns how many, 0 at the end. It is released by close().
+  using Pull = std::function<std::size_t(char* p, std::size_t n)>;
+  void openPull(Pull pull);
   void close();
-  bool isOpen() const { return file_ != nullptr || memOpen_; }
+  bool isOpen() const { return file_ != nullptr || memOpen_ || pull_; }
   const std::string& error() const { return error_; }
 
   // The next line; an empty string at the end of the stream.
@@ -39,6 +45,7 @@ class LineReader {
   bool fill();
 
   std::FILE* file_ = nullptr;
+  Pull pull_;
   bool memOpen_ = false;
   std::string buf_;
   std::size_t pos_ = 0;

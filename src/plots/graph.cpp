@@ -11,6 +11,7 @@
 #include "state/profile.h"
 #include "platform/numtext.h"
 #include "plots/picture.h"
+#include "tracks/segments.h"
 
 namespace trelvane {
 namespace {
@@ -26,6 +27,7 @@ constexpr RGB kBandGrey{150, 150, 150};
 constexpr RGB kRed{255, 0, 0};
 constexpr RGB kGreen{0, 255, 0};
 constexpr RGB kBlue{0, 0, 255};
+constexpr RGB kSegmentShade{255, 236, 179};
 
 // Row of the N bars, above the plot.
 constexpr double kNBarRow = 17;
@@ -414,6 +416,58 @@ void drawReferenceLines(const ComparisonState& st, const Form& form, const Scale
 
 }  // namespace
 
+// The conserved segments as pale bands from the top of the plot to the X
+// axis, put first so that everything else lies over them.
+void shadeSegments(const ComparisonState& st, const Scale& sc, Group2D& g) {
+  const tracks::SegmentRule rule;
+  std::string why;
+  const std::optional<double> threshold = tracks::thresholdScore(st, rule, &why);
+  if (!threshold) return;
+  std::vector<plots::Shape> bands;
+  for (const tracks::Segment& s : tracks::callSegments(st, rule, *threshold)) {
+    const double from = std::max<double>(static_cast<double>(s.first), sc.posfrom);
+    const double to = std::min<double>(static_cast<double>(s.last), sc.posto);
+    if (from > to) continue;
+    const double x = sc.column(from), x2 = sc.column(to);
+    bands.push_back(plots::RectShape{x, 20, std::max(1.0, x2 - x), sc.ybase - 20.0, kSegmentShade});
+  }
+  g.items.insert(g.items.begin(), bands.begin(), bands.end());
+}
+
+std::optional<ProfilePoint> profilePointAt(const ComparisonState& st, const Form& form, double x) {
+  if (st.nbbases == 0 || st.windgraph == 0) return std::nullopt;
+  // The range as the last drawing left it in EFFrom and EFTo.
+  const double last = static_cast<double>(st.nbbases) - st.windgraph;
+  const double posto = equalsNoCase(form.EFTo, "max") ? last : Val(form.EFTo);
+  const double posfrom = Val(form.EFFrom);
+  const float xfactor = static_cast<float>((form.Canvas1Width - 60) / (posto - posfrom));
+  const float xoffset = static_cast<float>(30 - static_cast<double>(xfactor) * posfrom);
+  if (!(xfactor > 0)) return std::nullopt;
+  const int64_t p = toInt64(std::floor((x - xoffset) / xfactor + 0.5));
+  if (p < posfrom || p > posto || p < 0 || p >= st.nbbases) return std::nullopt;
+  ProfilePoint pt;
+  pt.runPos = p + 1;
+  pt.recordPos = recordPosition(st.origin[0], p + 1);
+  const uint8_t b = st.m2.get(p);
+  if (b > kProfileNoScore) {
+    pt.score = toInt(profileScore(b, st.windgraph));
+    if (std::isfinite(st.omeangraph) && std::isfinite(st.osdgraph) && st.osdgraph > 0)
+      pt.sds = (*pt.score - static_cast<double>(st.omeangraph)) / st.osdgraph;
+  }
+  return pt;
+}
+
+std::string profilePointText(const ComparisonState& st, const ProfilePoint& pt) {
+  std::string text = "Position " + Str(pt.runPos);
+  if (pt.recordPos && st.origin[0].known())
+    text += " (" + (st.origin[0].record.empty() ? std::string("record") : st.origin[0].record) + ":" +
+            Str(*pt.recordPos) + ")";
+  if (!pt.score) return text + ": no score";
+  text += ": score " + Str(*pt.score) + " of " + Str(st.windgraph);
+  if (pt.sds) text += ", " + Format(*pt.sds, "0.0") + " SD from the random mean";
+  return text;
+}
+
 void Graph(ComparisonState& st, Form& form) {
   form.ST_messGraph.clear();
   Scale sc;
@@ -439,6 +493,7 @@ void Graph(ComparisonState& st, Form& form) {
     else
       drawLines(st, form, sc, g);
     drawReferenceLines(st, form, sc, g);
+    if (form.CBShadeSegments) shadeSegments(st, sc, g);
 
     st.pct->Objects = std::move(g);
   }

@@ -105,6 +105,17 @@ void buildMenuBar1(QMenuBar* bar, Window1* window) {
                    &QAction::triggered, window, [] { App::FileNew_Action(); });
   QObject::connect(item(file, "FileClose", QStringLiteral("Close"), QKeySequence(Qt::CTRL | Qt::Key_W)),
                    &QAction::triggered, window, [window] { window->FileClose_Action(); });
+  QMenu* exports = file->addMenu(QStringLiteral("Export"));
+  exports->setObjectName(QStringLiteral("FileExport"));
+  const std::pair<const char*, const char*> exportItems[] = {
+      {"ExportBedGraph", "Profile as bedGraph..."},       {"ExportBigWig", "Profile as bigWig..."},
+      {"ExportRandom", "Random expectation tracks..."},   {"ExportSegmentsBed", "Conserved segments as BED..."},
+      {"ExportSegmentsTsv", "Conserved segments as table..."}, {"ExportIslandsBed", "CpG islands as BED..."},
+      {"ExportIslandsGff", "CpG islands as GFF3..."}};
+  for (int k = 0; k < 7; ++k)
+    QObject::connect(item(exports, exportItems[k].first, QString::fromLatin1(exportItems[k].second), QKeySequence()),
+                     &QAction::triggered, window,
+                     [window, k] { window->FileExport_Action(static_cast<Window1::Export>(k)); });
   file->addSeparator()->setObjectName(QStringLiteral("UntitledMenu0"));
   QAction* quit = item(file, "FileQuit", QStringLiteral("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q));
   quit->setMenuRole(QAction::QuitRole);

@@ -1,11 +1,13 @@
 // page_file.cpp -- the File tab: the two sequences, the range, the window size, the outputs; its file routes.
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
+#include "input/fasta_file.h"
 #include "input/panel.h"
 #include "shell/app.h"
 #include "shell/controls.h"
@@ -58,6 +60,17 @@ void Window1::buildFileTab(QWidget* p) {
   bind_.check(make_.check(GBShort, "Reverse1", "Reverse", 170, 284, 80, 20, 0), &Form::Reverse1);
   bind_.check(make_.check(GBShort, "Comp1", "Complement", 170, 261, 118, 20, 0), &Form::Comp1);
   bind_.visible(GBShort, &Form::GBShortVisible);
+  // record choosers: all records joined by default; "NAME:FROM-TO" typed in reads a region
+  for (int side : {0, 1}) {
+    QComboBox*& box = side == 0 ? Region0 : Region1;
+    box = make_.add(new QComboBox(side == 0 ? GBLong : GBShort), side == 0 ? "Region0" : "Region1", 255,
+                    side == 0 ? 131 : 284, 110, 20, R);
+    box->setEditable(true);
+    box->setToolTip(QStringLiteral("Record or region read (NAME, NAME:FROM-TO); empty joins every record"));
+    box->setVisible(false);
+    connect(box, &QComboBox::activated, this, [this, side] { chooseRegion(side); });
+    connect(box->lineEdit(), &QLineEdit::returnPressed, this, [this, side] { chooseRegion(side); });
+  }
   bind_.push([this] {
     if (GBLong->fullTitle() != toQ(form_.GBLongCaption)) GBLong->setFullTitle(toQ(form_.GBLongCaption));
     if (GBShort->fullTitle() != toQ(form_.GBShortCaption)) GBShort->setFullTitle(toQ(form_.GBShortCaption));
@@ -85,10 +98,39 @@ void Window1::buildFileTab(QWidget* p) {
 // the routes of a file
 
 void Window1::openRoute(Route route, const std::optional<std::string>& path) {
-  openFile(*st_, form_, route, path, [this] { graph(); });
+  const int side = route == Route::GBLongDrop || route == Route::BevelButton0 ? 0 : 1;
+  // A new file is read whole: the region chosen belonged to the file before.
+  if (path != st_->f[side]) (side == 0 ? form_.Region0 : form_.Region1).clear();
+  const std::string why = openFile(*st_, form_, route, path, [this] { graph(); });
+  if (why.empty() && path) fillRecordChooser(side);
   refresh();
   QLineEdit* pathField = route == Route::GBLongDrop || route == Route::BevelButton0 ? EditField0 : EditField1;
   pathField->setCursorPosition(static_cast<int>(pathField->text().size()));
+}
+
+void Window1::fillRecordChooser(int side) {
+  QComboBox* box = side == 0 ? Region0 : Region1;
+  const std::vector<std::string> names = st_->f[side] ? recordNames(*st_->f[side]) : std::vector<std::string>();
+  box->clear();
+  box->addItem(QString());
+  for (const std::string& name : names) box->addItem(toQ(name));
+  box->setEditText(toQ(side == 0 ? form_.Region0 : form_.Region1));
+  box->setVisible(names.size() > 1 || !(side == 0 ? form_.Region0 : form_.Region1).empty());
+}
+
+void Window1::chooseRegion(int side) {
+  if (!st_->f[side]) return;
+  std::string& region = side == 0 ? form_.Region0 : form_.Region1;
+  const std::string before = region;
+  region = fromQ((side == 0 ? Region0 : Region1)->currentText().trimmed());
+  const std::string why = openFile(*st_, form_, side == 0 ? Route::BevelButton0 : Route::BevelButton1,
+                                   st_->f[side], [this] { graph(); });
+  // A region that cannot be read leaves the chooser at the one read before.
+  if (!why.empty()) {
+    region = before;
+    (side == 0 ? Region0 : Region1)->setEditText(toQ(before));
+  }
+  refresh();
 }
 
 std::optional<std::string> Window1::askOpenFile() {

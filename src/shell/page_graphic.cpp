@@ -19,6 +19,13 @@ namespace trelvane::shell {
 void Window1::buildGraphicTab(QWidget* p) {
   Canvas1 = make_.add(new PictureCanvas(p), "Canvas1", 24, 67, 352, 250, L | T | R | B);
   Canvas1->draw = [this](QPainter& painter) { paintCanvas(painter); };
+  // The position under the pointer, in the run's and the record's numbers,
+  // its score and how far it lies above the random mean.
+  Canvas1->tip = [this](QPoint at) {
+    syncCanvasSize();
+    const auto pt = profilePointAt(*st_, form_, at.x());
+    return pt ? QString::fromStdString(profilePointText(*st_, *pt)) : QString();
+  };
   QLineEdit* from = make_.field(p, "EFFrom", "0", 67, 401, 73, 22, L | B, 7);
   bind_.text(from, &Form::EFFrom);
   bind_.leave(from, [this] { graphHandler(EFFrom_LostFocus); }, content_);

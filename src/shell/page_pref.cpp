@@ -18,6 +18,11 @@ void Window1::buildPrefTab(QWidget* p) {
   bind_.text(height, &Form::EFHeight);
   bind_.leave(height, [this] { sizeHandler(EFHeight_LostFocus); }, content_);
   make_.label(p, "StaticText1_0", "Window width", 16, 47, 85, 20, 0);
+  bind_.check(make_.check(p, "CBShadeSegments", "Shade conserved segments (70 % identity over 100 positions)",
+                          16, 18, 364, 20, 0),
+              &Form::CBShadeSegments, [this] {
+                graphHandler([](ComparisonState& st, Form&) { st.changegraph = true; });
+              });
   make_.label(p, "StaticText1_1", "Height", 187, 47, 42, 20, 0);
   QLineEdit* width = make_.field(p, "EFwidth", "400", 106, 45, 69, 22, 0, 4, 4, true);
   bind_.text(width, &Form::EFwidth);

@@ -10,6 +10,8 @@
 #include <QMimeData>
 #include <QMimeDatabase>
 #include <QPainter>
+#include <QHelpEvent>
+#include <QToolTip>
 #include <QUrl>
 
 #include <algorithm>
@@ -134,6 +136,15 @@ PictureCanvas::PictureCanvas(QWidget* parent) : QWidget(parent) {
 void PictureCanvas::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   if (draw) draw(painter);
+}
+
+bool PictureCanvas::event(QEvent* e) {
+  if (e->type() != QEvent::ToolTip || !tip) return QWidget::event(e);
+  auto* help = static_cast<QHelpEvent*>(e);
+  const QString text = tip(help->pos());
+  if (text.isEmpty()) QToolTip::hideText();
+  else QToolTip::showText(help->globalPos(), text, this);
+  return true;
 }
 
 // matrix grid

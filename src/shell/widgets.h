@@ -90,9 +90,12 @@ class PictureCanvas : public QWidget {
  public:
   explicit PictureCanvas(QWidget* parent);
   std::function<void(QPainter&)> draw;
+  // The tooltip for a point of the canvas; empty for none.
+  std::function<QString(QPoint)> tip;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  bool event(QEvent* event) override;
 };
 
 // The sixteen rounded cell backgrounds of the matrix on the Model tab.

@@ -82,6 +82,12 @@ class Window1 : public QMainWindow {
   // the menus
   void EditCopy_Action();
   void FileClose_Action();
+  // File > Export: the profile, its random expectation, the conserved
+  // segments or the CpG islands of the present result, to a file chosen in a
+  // Save dialog (saveDialog answers it where set). The outcome is shown in
+  // Message.
+  enum class Export { BedGraph, BigWig, RandomTracks, SegmentsBed, SegmentsTsv, IslandsBed, IslandsGff };
+  void FileExport_Action(Export what);
 
   // Form to widgets, signals blocked.
   void refresh();
@@ -124,6 +130,9 @@ class Window1 : public QMainWindow {
   void paintCanvas(QPainter& painter);
   // A file by one of the four routes, then the path field's insertion point at its end.
   void openRoute(Route route, const std::optional<std::string>& path);
+  // The side's file read again for the record or region of its chooser.
+  void chooseRegion(int side);
+  void fillRecordChooser(int side);
   std::optional<std::string> askOpenFile();
   std::optional<std::string> askSaveFile();
   // The warning on a listing too large, answered; true where none is due.
@@ -154,6 +163,9 @@ class Window1 : public QMainWindow {
   DropBox* GBShort = nullptr;
   QLineEdit* EditField0 = nullptr;
   QLineEdit* EditField1 = nullptr;
+  // The record chooser of each side, with room to type a region after the name.
+  QComboBox* Region0 = nullptr;
+  QComboBox* Region1 = nullptr;
   QPlainTextEdit* Results = nullptr;
   PictureCanvas* Canvas1 = nullptr;
   QPlainTextEdit* SeqModel1 = nullptr;

@@ -22,6 +22,9 @@ struct Form {
   bool CBClipboard = false;
   bool Comp0 = false, Reverse0 = false, CBRemoveN0 = false;
   bool Comp1 = false, Reverse1 = false, CBRemoveN1 = false;
+  // The record or region read from each side's file, samtools' way
+  // ("chr11", "chr11:5,225,464-5,229,395"); "" joins every record.
+  std::string Region0, Region1;
   std::string Message = "Message";
   std::string EditField0 = "Drop a sequence file or output file";
   std::string EditField1 = "Drop a sequence file or output file";
@@ -73,6 +76,8 @@ struct Form {
   bool CBMaxMin = true;
   std::string EF_MinX = "0";
   std::string EF_MaxX = "1";
+  // Conserved segments shaded under the profile (70 % over 100 positions).
+  bool CBShadeSegments = false;
 
   // Window
   int Width = 400;

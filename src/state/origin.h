@@ -10,8 +10,10 @@
 
 namespace trelvane {
 
-// A stretch of Ns that Remove Ns took out of the record: `length` Ns stood
-// just before the base that became run position `runPos` (1-based, file order).
+// A stretch of the record's letters that gave no base (Ns that Remove Ns
+// took out; in a record read by name, any letter the reader drops as well):
+// `length` letters stood just before the base that became run position
+// `runPos` (1-based, in the run's order, which is down the record when reversed).
 struct RemovedRun {
   int64_t runPos = 0;
   int64_t length = 0;
@@ -28,7 +30,11 @@ struct SequenceOrigin {
   int64_t to = 0;              // last base of the region, inclusive
   bool wholeFile = true;       // every record of the file joined, as the plain reader does
   bool complement = false, reverse = false, removeN = false;
-  std::vector<RemovedRun> removed;  // sorted by runPos; empty unless removeN took Ns out
+  std::vector<RemovedRun> removed;  // sorted by runPos; empty unless letters gave no base
+  // Run positions 1 to gap hold no base of the record: with Reverse and
+  // Remove Ns together the reader leaves the zeros of the Ns it counted
+  // ahead of the reversed sequence.
+  int64_t gap = 0;
 
   bool known() const { return !path.empty(); }
 };
@@ -45,5 +51,14 @@ std::string recordNameOf(std::string_view titleLine);
 // "NAME:FROM-TO" with the record's own numbers, "NAME" for a whole record,
 // the file's name for a whole file without a title.
 std::string originLabel(const SequenceOrigin& origin);
+
+// The keys of the result head's lines that carry each side's origin.
+inline constexpr std::string_view kLongOriginKey = "Long origin=";
+inline constexpr std::string_view kShortOriginKey = "Short origin=";
+
+// The origin as one line's value of a result file's head, and back; the
+// reading gives false on a text that is no such value.
+std::string originText(const SequenceOrigin& origin);
+bool parseOriginText(std::string_view text, SequenceOrigin& origin);
 
 }  // namespace trelvane

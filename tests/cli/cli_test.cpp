@@ -194,6 +194,8 @@ class Cli : public ::testing::TestWithParam<cases::Case> {};
 TEST_P(Cli, GivesItsTranscript) { cases::expectTranscript(GetParam(), runDesk(GetParam(), kSteps), false); }
 
 INSTANTIATE_TEST_SUITE_P(, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/cli.cases")), cases::caseName);
+// Records and regions of plain and compressed FASTA files.
+INSTANTIATE_TEST_SUITE_P(Region, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/regions.cases")), cases::caseName);
 // The rows of bad input and bad destinations of docs/robustness.md, on the program itself.
 INSTANTIATE_TEST_SUITE_P(BadInput, Cli, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/cli/bad_input.cases")),
                          cases::caseName);

@@ -44,6 +44,17 @@ const std::map<std::string, Step> kSteps = {
     {"EFAnaFrom_TextChange", [](Desk& d, const std::string&, std::ostream&) { EFAnaFrom_TextChange(d.st, d.form); }},
     {"EFAnaTo_TextChange", [](Desk& d, const std::string&, std::ostream&) { EFAnaTo_TextChange(d.st, d.form); }},
     {"EFWS_LostFocus", [](Desk& d, const std::string&, std::ostream&) { EFWS_LostFocus(d.form); }},
+    // the origin of a side, and the record coordinates of run positions 1, 2 and the last
+    {"origin", [](Desk& d, const std::string& v, std::ostream& out) {
+       const SequenceOrigin& o = d.st.origin[std::stoi(v)];
+       const int64_t n = v == "0" ? d.st.nbbases : d.st.nbbases1;
+       std::string at;
+       for (int64_t p : {int64_t{1}, int64_t{2}, n}) {
+         const std::optional<int64_t> r = recordPosition(o, p);
+         at += " " + std::to_string(p) + ">" + (r ? std::to_string(*r) : "-");
+       }
+       show(out, originText(o) + (o.wholeFile ? " whole" : "") + " |" + at + " | " + originLabel(o));
+     }},
     {"m2", [](Desk& d, const std::string& v, std::ostream&) { (d.st.m2 = MemoryBlock(std::stoi(v))).set(0, 77); }},
     // the longest side read from a source of changing passes, at most LIMIT characters
     {"passes", [](Desk& d, const std::string& v, std::ostream&) {
@@ -57,6 +68,10 @@ class Readers : public ::testing::TestWithParam<cases::Case> {};
 TEST_P(Readers, GiveTheirTranscript) { cases::expectTranscript(GetParam(), runDesk(GetParam(), kSteps), false); }
 
 INSTANTIATE_TEST_SUITE_P(, Readers, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/input/readers.cases")),
+                         cases::caseName);
+
+// Records and regions of FASTA files, plain or compressed, and what is refused.
+INSTANTIATE_TEST_SUITE_P(Region, Readers, ::testing::ValuesIn(cases::readCases(TRELVANE_TEST_DATA "/input/regions.cases")),
                          cases::caseName);
 
 // The rows of bad files of docs/robustness.md: what the user sees, and what is kept.

@@ -9,6 +9,8 @@
 //   set FIELD=VALUE     a field of the form or the state ("f0=NAME" a file of the folder, "-" none)
 //   reset               a new window on the same folder
 //   cd                  into the case's folder, for names relative to it
+//   sh COMMAND          a shell command in the case's folder (bgzip, samtools faidx ...); its
+//                       status where it fails
 // and the steps of the test that reads it. The transcript echoes each step and
 // lists the fields it changed, "FIELD=VALUE", each in one line of text as
 // support/cases.h writes bytes, the folder written as $DIR. A step writes its
@@ -39,7 +41,7 @@ namespace trelvane::testing {
 
 #define TRELVANE_FORM_FIELDS(X)                                                                                    \
   X(EFWS) X(EFAnaFrom) X(EFAnaTo) X(display0) X(Display1) X(CBCPG) X(CBFile) X(CBClipboard) X(Comp0) X(Reverse0)     \
-  X(CBRemoveN0) X(Comp1) X(Reverse1) X(CBRemoveN1) X(Message) X(EditField0) X(EditField1) X(GBLongCaption)         \
+  X(CBRemoveN0) X(Comp1) X(Reverse1) X(CBRemoveN1) X(Region0) X(Region1) X(Message) X(EditField0) X(EditField1) X(GBLongCaption)         \
   X(GBShortCaption) X(GBShortVisible) X(PBRUNCaption) X(PBRUNEnabled) X(PBRUNVisible) X(ProgressBar1Visible)      \
   X(ProgressBar1Value) X(ProgressBar1Maximum) X(TabPanel1Enabled) X(TabPanel1Value) X(SeqModel1) X(SeqModel2)      \
   X(PupModelListIndex) X(PupModelEnabled) X(messModel) X(cells) X(Somme) X(Results) X(EFFrom) X(EFTo)              \
@@ -181,6 +183,16 @@ inline std::string runDesk(const cases::Case& c, const std::map<std::string, Ste
       TRELVANE_STATE_FIELDS(TRELVANE_SET)
 #undef TRELVANE_SET
       else ADD_FAILURE() << "no field " << name;
+    } else if (key == "sh") {
+      // A shell line in the case's folder: what it prints, and its status where it failed.
+      std::ofstream(d->path(".step.sh")) << "cd '" << d->dir.string() << "' && rm .step.sh && { " << value << "\n} 2>&1\n";
+      FILE* p = ::popen(("bash '" + d->path(".step.sh") + "'").c_str(), "r");
+      std::string text;
+      for (int ch; (ch = std::fgetc(p)) != EOF;) text += static_cast<char>(ch);
+      const int status = ::pclose(p);
+      std::istringstream in(text);
+      for (std::string line; std::getline(in, line);) out << "  | " << cases::escaped(line, true) << "\n";
+      if (status != 0) out << "  failed " << WEXITSTATUS(status) << "\n";
     } else if (key == "cd") {
       std::filesystem::current_path(d->dir);
     } else if (key == "reset") {
