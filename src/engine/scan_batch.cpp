@@ -24,12 +24,14 @@ constexpr int64_t kRowPad = 16;
 // this many batches that keep whole rows, which cost less then.
 constexpr int kWholeRowBatches = 15;
 // A tile's candidate blocks fit one word.
-static_assert(RowBatch::kWideTile / kScanBlock <= 64);
+static_assert(RowBatch::kWideTile * 4 / kScanBlock <= 64);
 
 }  // namespace
 
 RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep, float threshold)
-    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)), keep_(keep), threshold_(threshold) {
+    : kernel_(kernel), lastshort_(lastshort), blocks_(scanBlockCount(lastshort)),
+      tile_(kTile * 4 / kernel.scoreBytes), wideTile_(kWideTile * 4 / kernel.scoreBytes), keep_(keep),
+      threshold_(threshold) {
   // Rows of bytes, words or Singles: the rows of the scan and of the random
   // expectation in bytes at 10 kb starts take 10 kB, a quarter of Singles'.
   const int64_t rowBytes = ((std::max<int64_t>(lastshort, 0) + 1 + kRowPad) * kernel.scoreBytes + 63) / 64 * 64;
@@ -89,8 +91,8 @@ void RowBatch::advanceKeepingRows(int n, const void* const* leave, const void* c
   for (int k = 0; k < n; ++k) put(rows_[static_cast<std::size_t>(k) + 1], 0, start[k]);
   // Tiles rising: a tile's step k reads its lowest start's neighbour from
   // the tile below, which has done every step already, or from start[k - 1].
-  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kTile + 1) * kTile) {
-    const int64_t hi = std::min((lo / kTile + 1) * kTile - 1, lastshort_);
+  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / tile_ + 1) * tile_) {
+    const int64_t hi = std::min((lo / tile_ + 1) * tile_ - 1, lastshort_);
     for (int k = 0; k < n; ++k) {
       if (upTo && lo > upTo[k]) continue;
       kernel_.advanceSpan(rows_[static_cast<std::size_t>(k)], rows_[static_cast<std::size_t>(k) + 1], lo, hi,
@@ -110,8 +112,8 @@ void RowBatch::advanceBestOnly(int n, const void* const* leave, const void* cons
   put(after, 0, start[n - 1]);
   // Below the first tile, each step's score is its start.
   for (int k = 0; k < n; ++k) halo_[static_cast<std::size_t>(k)] = start[k];
-  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kWideTile + 1) * kWideTile) {
-    const int64_t hi = std::min((lo / kWideTile + 1) * kWideTile - 1, lastshort_);
+  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / wideTile_ + 1) * wideTile_) {
+    const int64_t hi = std::min((lo / wideTile_ + 1) * wideTile_ - 1, lastshort_);
     for (int k = 0; k < n; ++k) {
       const std::byte* prev = k == 0 ? before : turn_[(k - 1) & 1];
       if (k == n - 1) {
@@ -147,8 +149,8 @@ void RowBatch::advanceKeepingCandidates(int n, const void* const* leave, const v
     reached_[sk] = start[k] > 0.0f ? start[k] : 0.0f;
   }
   int64_t laterBlocks = 0, copied = 0;
-  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / kWideTile + 1) * kWideTile) {
-    const int64_t hi = std::min((lo / kWideTile + 1) * kWideTile - 1, lastshort_);
+  for (int64_t lo = 1; lo <= lastshort_; lo = (lo / wideTile_ + 1) * wideTile_) {
+    const int64_t hi = std::min((lo / wideTile_ + 1) * wideTile_ - 1, lastshort_);
     const int64_t firstBlock = lo / kScanBlock, tileBlocks = hi / kScanBlock - firstBlock + 1;
     const bool firstTile = lo == 1;
     for (int k = 0; k < n; ++k) {

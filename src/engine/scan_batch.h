@@ -17,10 +17,11 @@ namespace trelvane {
 // step recurrence, in the same order.
 class RowBatch {
  public:
-  // Starts tiled together, whole blocks: where every row is kept whole, and
-  // where the steps between run in two rows in turn (best only, candidates),
-  // so that only those rows' tiles and the columns need the level-1 cache and
-  // a wider tile spends less on each step's call.
+  // Starts tiled together, whole blocks, for Singles: where every row is kept
+  // whole, and where the steps between run in two rows in turn (best only,
+  // candidates), so that only those rows' tiles and the columns need the
+  // level-1 cache and a wider tile spends less on each step's call. Narrower
+  // lanes tile as many bytes: more starts.
   static constexpr int64_t kTile = 4 * kScanBlock;
   static constexpr int64_t kWideTile = 8 * kScanBlock;
 
@@ -76,6 +77,7 @@ class RowBatch {
   const ScanKernel& kernel_;
   int64_t lastshort_;
   int64_t blocks_;
+  int64_t tile_, wideTile_;  // kTile and kWideTile in the kernel's lanes
   int steps_;
   Keep keep_;
   float threshold_;
