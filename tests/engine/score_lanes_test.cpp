@@ -1,8 +1,11 @@
 // score_lanes_test.cpp -- which lanes hold a run's window scores exactly, and the variant a run takes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "engine/kernels/scan_kernels.h"
 
@@ -80,6 +83,23 @@ TEST(ScoreLanes, RunTakesTheNarrowestLanesOfItsInstructionSet) {
 #if defined(__x86_64__)
   EXPECT_EQ(named(kernelForRun("sse2", identity, 30)), "sse2");
 #endif
+}
+
+// Every variant answers to its name; an instruction set with integer
+// variants has both widths.
+TEST(ScoreLanes, EveryVariantAnswersToItsName) {
+  std::vector<std::string_view> names = scanKernelNames();
+  names.insert(names.end(), integerScanKernelNames().begin(), integerScanKernelNames().end());
+  for (const ScanKernel& k : scanKernels()) {
+    EXPECT_NE(std::find(names.begin(), names.end(), k.name), names.end()) << k.name;
+    EXPECT_EQ(findScanKernel(k.name), &k);
+    if (k.scores != ScoreLanes::kFloat) {
+      const std::string family = k.family;
+      EXPECT_NE(findScanKernel(family + "-u8"), nullptr) << family;
+      EXPECT_NE(findScanKernel(family + "-i16"), nullptr) << family;
+      EXPECT_NE(findScanKernel(family), nullptr) << family;
+    }
+  }
 }
 
 }  // namespace

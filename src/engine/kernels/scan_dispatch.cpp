@@ -41,9 +41,13 @@ const std::vector<ScanKernel>& scanKernels() {
 }
 
 const std::vector<std::string_view>& scanKernelNames() {
-  static const std::vector<std::string_view> names = {"auto",    "scalar",   "generic",   "generic-u8",
-                                                      "generic-i16", "sse2", "avx2",  "avx2-u8",
-                                                      "avx2-i16", "avx512", "avx512-u8", "avx512-i16"};
+  static const std::vector<std::string_view> names = {"auto", "scalar", "generic", "sse2", "avx2", "avx512"};
+  return names;
+}
+
+const std::vector<std::string_view>& integerScanKernelNames() {
+  static const std::vector<std::string_view> names = {"generic-u8", "generic-i16", "avx2-u8",
+                                                      "avx2-i16",   "avx512-u8",   "avx512-i16"};
   return names;
 }
 

@@ -117,8 +117,10 @@ const std::vector<ScanKernel>& scanKernels();
 // fastest Single one this processor has (chosen once); nullptr when the name
 // is unknown or the processor lacks it.
 const ScanKernel* findScanKernel(std::string_view name);
-// Every name findScanKernel may know, whether or not this processor runs it.
+// Every name findScanKernel may know, whether or not this processor runs
+// it: "auto" and the Single variants' names, then the integer variants'.
 const std::vector<std::string_view>& scanKernelNames();
+const std::vector<std::string_view>& integerScanKernelNames();
 
 // The narrowest lanes that hold every window score of W cells of matrice
 // exactly, and in which the Single recurrence gives the scores of any exact
