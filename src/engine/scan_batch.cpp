@@ -57,6 +57,7 @@ RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep, float
   blockmax_.assign(blockmaxStride_ * static_cast<std::size_t>(steps_), std::byte{0});
   halo_.assign(static_cast<std::size_t>(steps_), 0.0f);
   reached_.assign(static_cast<std::size_t>(steps_), 0.0f);
+  best_.assign(static_cast<std::size_t>(steps_), -INFINITY);
 }
 
 void RowBatch::setBefore(const float* scores) {
@@ -64,6 +65,7 @@ void RowBatch::setBefore(const float* scores) {
 }
 
 void RowBatch::advance(int n, const void* const* leave, const void* const* enter, const float* start) {
+  std::fill(best_.begin(), best_.begin() + n, -INFINITY);
   switch (keep_) {
     case Keep::kRows: advanceKeepingRows(n, leave, enter, start, nullptr); break;
     case Keep::kBestOnly: advanceBestOnly(n, leave, enter, start); break;
@@ -95,8 +97,8 @@ void RowBatch::advanceKeepingRows(int n, const void* const* leave, const void* c
     const int64_t hi = std::min((lo / tile_ + 1) * tile_ - 1, lastshort_);
     for (int k = 0; k < n; ++k) {
       if (upTo && lo > upTo[k]) continue;
-      kernel_.advanceSpan(rows_[static_cast<std::size_t>(k)], rows_[static_cast<std::size_t>(k) + 1], lo, hi,
-                          leave[k], enter[k], blockmaxOf(k));
+      span(k, rows_[static_cast<std::size_t>(k)], rows_[static_cast<std::size_t>(k) + 1], lo, hi, leave[k],
+           enter[k]);
     }
   }
 }
@@ -117,14 +119,14 @@ void RowBatch::advanceBestOnly(int n, const void* const* leave, const void* cons
     for (int k = 0; k < n; ++k) {
       const std::byte* prev = k == 0 ? before : turn_[(k - 1) & 1];
       if (k == n - 1) {
-        kernel_.advanceSpan(prev, after, lo, hi, leave[k], enter[k], blockmaxOf(k));
+        span(k, prev, after, lo, hi, leave[k], enter[k]);
         break;
       }
       // The tile below left its step k's top score in the halo; a later
       // step of it wrote over that cell, which step k + 1 here reads.
       std::byte* next = turn_[k & 1];
       put(next, lo - 1, halo_[static_cast<std::size_t>(k)]);
-      kernel_.advanceSpan(prev, next, lo, hi, leave[k], enter[k], blockmaxOf(k));
+      span(k, prev, next, lo, hi, leave[k], enter[k]);
       halo_[static_cast<std::size_t>(k)] = scoreAt(next, hi);
     }
   }
@@ -157,14 +159,14 @@ void RowBatch::advanceKeepingCandidates(int n, const void* const* leave, const v
       const std::size_t sk = static_cast<std::size_t>(k);
       const std::byte* prev = k == 0 ? before : firstTile ? rows_[sk] : turn_[(k - 1) & 1];
       if (k == n - 1) {
-        kernel_.advanceSpan(prev, rows_[sk + 1], lo, hi, leave[k], enter[k], blockmaxOf(k));
+        span(k, prev, rows_[sk + 1], lo, hi, leave[k], enter[k]);
         break;
       }
       std::byte* next = firstTile ? rows_[sk + 1] : turn_[k & 1];
       // The tile below left its step k's top score in the halo; a later
       // step of it wrote over that cell, which step k + 1 here reads.
       if (!firstTile) put(next, lo - 1, halo_[sk]);
-      const float best = kernel_.advanceSpan(prev, next, lo, hi, leave[k], enter[k], blockmaxOf(k));
+      const float best = span(k, prev, next, lo, hi, leave[k], enter[k]);
       halo_[sk] = scoreAt(next, hi);
       float& reached = reached_[sk];
       if (firstTile) {

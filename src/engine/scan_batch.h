@@ -50,8 +50,9 @@ class RowBatch {
   const void* row(int k) const { return rows_[static_cast<std::size_t>(k) + 1]; }
   const void* blockmax(int k) const { return blockmax_.data() + static_cast<std::size_t>(k) * blockmaxStride_; }
   // The greatest score of the starts 1 to lastshort of step k (-infinity for
-  // none; never a not-a-number).
-  float best(int k) const { return kernel_.blocksMax(blockmax(k), blocks_); }
+  // none; never a not-a-number), after advance(): the greatest of its spans'
+  // as the kernel returned them, which are those of its blocks.
+  float best(int k) const { return best_[static_cast<std::size_t>(k)]; }
 
   // Runs n steps (1 to steps()): step k with the columns leave[k] and
   // enter[k], and start[k] for its start 0.
@@ -72,6 +73,14 @@ class RowBatch {
   // Score j of a row, and one score put there.
   std::byte* at(std::byte* row, int64_t j) const { return row + j * kernel_.scoreBytes; }
   float scoreAt(const std::byte* row, int64_t j) const { return kernel_.scoreAt(row, j); }
+  // One span of step k, its greatest score kept for best(k).
+  float span(int k, const std::byte* prev, std::byte* next, int64_t lo, int64_t hi, const void* leave,
+             const void* enter) {
+    const float b = kernel_.advanceSpan(prev, next, lo, hi, leave, enter, blockmaxOf(k));
+    float& kept = best_[static_cast<std::size_t>(k)];
+    kept = b > kept ? b : kept;
+    return b;
+  }
   void put(std::byte* row, int64_t j, float score) const { kernel_.putScores(&score, 1, at(row, j)); }
 
   const ScanKernel& kernel_;
@@ -83,6 +92,7 @@ class RowBatch {
   float threshold_;
   std::vector<float> halo_;     // without whole rows: each step's score just below the tile
   std::vector<float> reached_;  // kCandidates: each step's maxscore over the tiles so far
+  std::vector<float> best_;     // each step's greatest score over the tiles so far
   int wholeRowBatches_ = 0;     // kCandidates: batches left to keep whole rows
   std::byte* turn_[2] = {};     // without whole rows: the rows the steps between take in turn
   std::size_t blockmaxStride_;  // bytes
