@@ -94,6 +94,7 @@ class RowBatch {
   std::vector<float> reached_;  // kCandidates: each step's maxscore over the tiles so far
   std::vector<float> best_;     // each step's greatest score over the tiles so far
   int wholeRowBatches_ = 0;     // kCandidates: batches left to keep whole rows
+  bool rowsFit_ = false;        // kCandidates: every batch keeps whole rows
   std::byte* turn_[2] = {};     // without whole rows: the rows the steps between take in turn
   std::size_t blockmaxStride_;  // bytes
   LaneStorage storage_;

@@ -240,6 +240,12 @@ std::vector<LongRun> longRuns() {
   in.sh = randomLetters(gen, 400, 0);
   runs.push_back({"stop ahead", listing(in, "20", "3000", "20", 4, 1, 0), {{"1", "max"}}, {2000}, {}, {2},
                   "stopped=1 noRows=0 written=0 yields=2001"});
+  // a shortest sequence whose batches of byte rows pass the level-2 cache:
+  // the scan keeps only its candidate blocks in every lane width
+  in.lg = randomLetters(gen, 13600, 0);
+  in.sh = randomLetters(gen, 13000, 1) + in.lg.substr(5100, 40);
+  runs.push_back({"candidate blocks", listing(in, "20", "40", "13.5", 8, 1, 0), {{"4900", "5200"}, {"5090", "5400"}},
+                  {-1}, {}, {1, 2}, "++++++++++++++++++++\n"});
   return runs;
 }
 
