@@ -67,7 +67,8 @@ const char* kernelName(int64_t index) {
 void setModel(ComparisonState& st, int64_t model) {
   for (int a = 1; a <= 4; ++a)
     for (int b = 1; b <= 4; ++b) {
-      const bool transition = (a == kA && b == kG) || (a == kG && b == kA) || (a == kC && b == kT) || (a == kT && b == kC);
+      const bool transition =
+          (a == kA && b == kG) || (a == kG && b == kA) || (a == kC && b == kT) || (a == kT && b == kC);
       st.matrice[a][b] = model == 0 ? (a == b ? 1.0f : 0.0f) : a == b ? 0.9f : transition ? 0.06f : 0.02f;
     }
 }
@@ -195,7 +196,8 @@ struct KernelInputs {
   KernelInputs(int64_t lastshort, const ScanKernel& k)
       : lastshort(lastshort), cells(identity()), m1(static_cast<std::size_t>(lastshort + W) + 100, 0),
         m0(static_cast<std::size_t>(kPositions + W) + 100, 0),
-        cols(fill(m1, lastshort + W, m0), m1.data(), lastshort + W, W, k.scores), first(static_cast<std::size_t>(lastshort) + 1), firstLanes(static_cast<std::size_t>((lastshort + 17) * 4)) {
+        cols(fill(m1, lastshort + W, m0), m1.data(), lastshort + W, W, k.scores),
+        first(static_cast<std::size_t>(lastshort) + 1), firstLanes(static_cast<std::size_t>((lastshort + 17) * 4)) {
     for (int64_t j = 0; j <= lastshort; ++j) first[j] = fullScoreFromFirst(m1.data() + j, m0.data(), W, cells);
     k.putScores(first.data(), lastshort + 1, firstLanes.data());
     for (int64_t i = 0; i < kPositions; ++i) {

@@ -192,7 +192,8 @@ void RowBatch::advanceKeepingCandidates(int n, const void* const* leave, const v
       for (; bits != 0; bits &= bits - 1) {
         const int64_t b = firstBlock + __builtin_ctzll(bits);
         const int64_t from = scanBlockLo(b), to = scanBlockHi(b, lastshort_);
-        std::memcpy(at(rows_[sk + 1], from), at(next, from), static_cast<std::size_t>((to - from + 1) * kernel_.scoreBytes));
+        std::memcpy(at(rows_[sk + 1], from), at(next, from),
+                    static_cast<std::size_t>((to - from + 1) * kernel_.scoreBytes));
         ++copied;
       }
     }

@@ -10,7 +10,8 @@ namespace {
 
 std::vector<ScanKernel> buildTable() {
   std::vector<ScanKernel> table;
-  table.push_back({"scalar", "scalar", ScoreLanes::kFloat, 1, 1, 4, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr});
+  table.push_back(
+      {"scalar", "scalar", ScoreLanes::kFloat, 1, 1, 4, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr});
   table.push_back(kernels::kGenericU8Kernel);
   table.push_back(kernels::kGenericI16Kernel);
   table.push_back(kernels::kGenericKernel);
