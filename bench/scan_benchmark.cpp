@@ -2,6 +2,9 @@
 //
 // Run: build/bench/scan_benchmark   (cells_per_second is positions x window
 // starts of the shortest sequence, both scans together, per wall second).
+// fast:0 is the scalar kernel, fast:1 the widest Single kernel, fast:2
+// "auto", which takes byte lanes for the identity model; model:0 the identity
+// model, model:1 a TS/TV model (its cells are no whole numbers: Single lanes).
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -55,7 +58,25 @@ ComparisonState& stateFor(int32_t nlong, int32_t nshort) {
   return *slot;
 }
 
-const char* kernelName(int64_t index) { return index == 0 ? "scalar" : "auto"; }
+const char* kernelName(int64_t index) {
+  return index == 0 ? "scalar" : index == 1 ? scanKernels().back().name : "auto";
+}
+
+// The identity model, or a TS/TV model as estimated from a pair of related
+// sequences: transitions (A-G, C-T) score more than transversions.
+void setModel(ComparisonState& st, int64_t model) {
+  for (int a = 1; a <= 4; ++a)
+    for (int b = 1; b <= 4; ++b) {
+      const bool transition =
+          (a == kA && b == kG) || (a == kG && b == kA) || (a == kC && b == kT) || (a == kT && b == kC);
+      st.matrice[a][b] = model == 0 ? (a == b ? 1.0f : 0.0f) : a == b ? 0.9f : transition ? 0.06f : 0.02f;
+    }
+}
+
+// The kernel that a run of these settings takes, for the label.
+std::string kernelLabel(const ComparisonState& st, const RunSettings& s, int32_t W) {
+  return kernelForRun(s.kernel, st.matrice, W).name;
+}
 
 // A whole run of W = 30 with ties, alignments from 20 identities up, rows on
 // the clipboard; the scalar kernel analyses at most 50,000 positions of the
@@ -65,6 +86,7 @@ void BM_Run(benchmark::State& state) {
   const int32_t nshort = static_cast<int32_t>(state.range(1));
   const int32_t W = 30;
   ComparisonState& st = stateFor(nlong, nshort);
+  setModel(st, state.range(5));
   RunSettings s;
   s.EFWS = std::to_string(W);
   s.kernel = kernelName(state.range(2));
@@ -91,18 +113,22 @@ void BM_Run(benchmark::State& state) {
   }
   state.counters["cells_per_second"] =
       benchmark::Counter(cells, benchmark::Counter::kIsIterationInvariantRate);
-  state.SetLabel(std::string(s.kernel) + (mode == 0 ? " both scans" : mode == 1 ? " scan" : " H0"));
+  state.SetLabel(std::string(state.range(5) == 0 ? "identity " : "TS/TV ") + kernelLabel(st, s, W) +
+                 (mode == 0 ? " both scans" : mode == 1 ? " scan" : " H0"));
 }
 
 void runArgs(benchmark::internal::Benchmark* b) {
-  b->ArgNames({"long", "short", "fast", "threads", "mode"});
+  b->ArgNames({"long", "short", "fast", "threads", "mode", "model"});
   for (auto [nlong, nshort] : {std::pair{50000, 2000}, {200000, 10000}, {1000000, 10000}})
-    for (int fast : {0, 1})
-      for (int threads : {1, 2})
-        for (int mode : {0, 1, 2}) {
-          if (mode != 0 && threads == 2) continue;  // a single scan uses one thread
-          b->Args({nlong, nshort, fast, threads, mode});
-        }
+    for (int model : {0, 1})
+      for (int fast : {0, 1, 2})
+        for (int threads : {1, 2})
+          for (int mode : {0, 1, 2}) {
+            if (mode != 0 && threads == 2) continue;  // a single scan uses one thread
+            if (model == 1 && fast == 2) continue;    // TS/TV: auto is the Single kernel
+            if (model == 1 && fast == 0 && mode != 0) continue;
+            b->Args({nlong, nshort, fast, threads, mode, model});
+          }
 }
 BENCHMARK(BM_Run)->Apply(runArgs)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(0.5);
 
@@ -131,6 +157,7 @@ void BM_Example(benchmark::State& state) {
     st.open();
     fillLetters(st.m0, st.nbbases, lettersOf(std::string(TRELVANE_EXAMPLES) + "/HUMHBB.fa"));
     fillLetters(st.m1, st.nbbases1, lettersOf(std::string(TRELVANE_EXAMPLES) + "/V00508.fa"));
+    setModel(st, 0);
   }
   RunSettings s;
   s.kernel = kernelName(state.range(0));
@@ -146,13 +173,15 @@ void BM_Example(benchmark::State& state) {
   const double cells = 2.0 * (st.nbbases - 30 + 1) * (st.nbbases1 - 30 + 1);
   state.counters["cells_per_second"] =
       benchmark::Counter(cells, benchmark::Counter::kIsIterationInvariantRate);
-  state.SetLabel(std::string("HUMHBB x V00508 ") + s.kernel);
+  state.SetLabel(std::string("HUMHBB x V00508 ") + kernelLabel(st, s, 30));
 }
 BENCHMARK(BM_Example)
     ->ArgNames({"fast", "threads"})
     ->Args({0, 1})
     ->Args({1, 1})
     ->Args({1, 2})
+    ->Args({2, 1})
+    ->Args({2, 2})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 
@@ -164,19 +193,25 @@ struct KernelInputs {
   static constexpr int32_t W = 30;
   static constexpr int64_t kPositions = 4096;
 
-  explicit KernelInputs(int64_t lastshort)
+  KernelInputs(int64_t lastshort, const ScanKernel& k)
       : lastshort(lastshort), cells(identity()), m1(static_cast<std::size_t>(lastshort + W) + 100, 0),
-        m0(static_cast<std::size_t>(kPositions + W) + 100, 0), cols(cells, m1.data(), lastshort + W, W),
-        first(static_cast<std::size_t>(lastshort) + 1) {
-    std::mt19937_64 gen(static_cast<uint64_t>(lastshort));
-    for (int64_t j = 0; j < lastshort + W; ++j) m1[j] = static_cast<uint8_t>(1 + gen() % 4);
-    for (int64_t i = 0; i < kPositions + W; ++i) m0[i] = static_cast<uint8_t>(1 + gen() % 4);
+        m0(static_cast<std::size_t>(kPositions + W) + 100, 0),
+        cols(fill(m1, lastshort + W, m0), m1.data(), lastshort + W, W, k.scores),
+        first(static_cast<std::size_t>(lastshort) + 1), firstLanes(static_cast<std::size_t>((lastshort + 17) * 4)) {
     for (int64_t j = 0; j <= lastshort; ++j) first[j] = fullScoreFromFirst(m1.data() + j, m0.data(), W, cells);
+    k.putScores(first.data(), lastshort + 1, firstLanes.data());
     for (int64_t i = 0; i < kPositions; ++i) {
       leave.push_back(cols.leave(m0[i]));
       enter.push_back(cols.enter(m0[i + W]));
       starts.push_back(fullScoreFromFirst(m1.data(), m0.data() + i + 1, W, cells));
     }
+  }
+  // Random bases into both sequences; the identity model's cells.
+  CellTable& fill(std::vector<uint8_t>& shortest, int64_t nshort, std::vector<uint8_t>& longest) {
+    std::mt19937_64 gen(static_cast<uint64_t>(lastshort));
+    for (int64_t j = 0; j < nshort; ++j) shortest[j] = static_cast<uint8_t>(1 + gen() % 4);
+    for (int64_t i = 0; i < kPositions + W; ++i) longest[i] = static_cast<uint8_t>(1 + gen() % 4);
+    return cells;
   }
   static CellTable identity() {
     float matrice[5][5] = {};
@@ -188,17 +223,18 @@ struct KernelInputs {
   CellTable cells;
   std::vector<uint8_t> m1, m0;
   ScanColumns cols;
-  ScoreRow first;  // the scores at position 0
+  ScoreRow first;          // the scores at position 0
+  LaneStorage firstLanes;  // the same in the kernel's lanes
   // position i + 1: its columns and its score at start 0
-  std::vector<const float*> leave, enter;
+  std::vector<const void*> leave, enter;
   std::vector<float> starts;
 };
 
 // One step over a row of starts (in the level-1 cache), as one call.
 void BM_KernelSpan(benchmark::State& state, const ScanKernel* k) {
-  const KernelInputs in(state.range(0));
-  ScoreRow a = in.first, b = in.first;
-  std::vector<float> blockmax(static_cast<std::size_t>((scanBlockCount(in.lastshort) + 1) * kBlockMaxLanes));
+  const KernelInputs in(state.range(0), *k);
+  LaneStorage a = in.firstLanes, b = in.firstLanes;
+  LaneStorage blockmax(static_cast<std::size_t>((scanBlockCount(in.lastshort) + 1) * kBlockMaxBytes));
   int64_t i = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(
@@ -214,7 +250,7 @@ void BM_KernelSpan(benchmark::State& state, const ScanKernel* k) {
 // best only (the random expectation), keep:2 the candidates of a listing
 // from 20 identities up (the scan with ties).
 void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
-  const KernelInputs in(state.range(1));
+  const KernelInputs in(state.range(1), *k);
   const auto keep = std::array{RowBatch::Keep::kRows, RowBatch::Keep::kBestOnly,
                                RowBatch::Keep::kCandidates}[static_cast<std::size_t>(state.range(0))];
   RowBatch batch(*k, in.lastshort, keep, 20.0f);
@@ -223,7 +259,7 @@ void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
   float best = 0;
   for (auto _ : state) {
     if (i + n > KernelInputs::kPositions) {
-      std::copy(in.first.begin(), in.first.end(), batch.before());
+      batch.setBefore(in.first.data());
       i = 0;
     }
     batch.advance(n, in.leave.data() + i, in.enter.data() + i, in.starts.data() + i);
@@ -240,12 +276,12 @@ void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
 // identities, test:2 the ties and listed starts of every span of kMatchSpan
 // starts.
 void BM_KernelTests(benchmark::State& state, const ScanKernel* k) {
-  const KernelInputs in(state.range(1));
-  ScoreRow next = in.first;
+  const KernelInputs in(state.range(1), *k);
+  LaneStorage next = in.firstLanes;
   const int64_t blocks = scanBlockCount(in.lastshort);
-  std::vector<float> blockmax(static_cast<std::size_t>((blocks + 1) * kBlockMaxLanes));
+  LaneStorage blockmax(static_cast<std::size_t>((blocks + 1) * kBlockMaxBytes));
   const float best =
-      k->advanceSpan(in.first.data(), next.data(), 1, in.lastshort, in.leave[0], in.enter[0], blockmax.data());
+      k->advanceSpan(in.firstLanes.data(), next.data(), 1, in.lastshort, in.leave[0], in.enter[0], blockmax.data());
   std::vector<uint64_t> bits(static_cast<std::size_t>(blocks / 64 + 1));
   uint64_t seen = 0;
   const int64_t test = state.range(0);

@@ -85,6 +85,7 @@ std::vector<Option> comparisonTable(ComparisonOptions& o) {
   table.push_back({"kernel", 1, [&o](const std::vector<std::string>& v) {
                      bool known = false;
                      for (std::string_view k : scanKernelNames()) known = known || k == v[0];
+                     for (std::string_view k : integerScanKernelNames()) known = known || k == v[0];
                      if (!known) return "invalid kernel '" + v[0] + "': expected " + kernelList();
                      if (!findScanKernel(v[0])) return "kernel '" + v[0] + "' needs an instruction set this processor lacks";
                      o.kernel = v[0];

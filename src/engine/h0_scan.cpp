@@ -65,7 +65,7 @@ class H0Scanner {
       row_[j] = fullScoreFromZero(m1 + j, res, c_.W, c_.cells);
       maxscore = greater(maxscore, row_[j]);
     }
-    if (batch_) std::copy(row_.begin(), row_.end(), batch_->before());
+    if (batch_) batch_->setBefore(row_.data());
     record(maxscore);
   }
 
@@ -125,7 +125,7 @@ class H0Scanner {
   std::optional<RowBatch> batch_;
   std::vector<float> pending_;
   int pendingCount_ = 0, pendingNext_ = 0;
-  std::vector<const float*> leave_, enter_;
+  std::vector<const void*> leave_, enter_;
   std::vector<const uint8_t*> wins_;
   std::vector<float> starts_;
   std::vector<float> histogram_;

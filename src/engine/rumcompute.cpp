@@ -176,8 +176,7 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
 
   // 11: the scans. The random expectation needs nothing of the scan along
   // the longest sequence, so with a second core it runs beside it.
-  c.kernel = findScanKernel(s.kernel);
-  if (!c.kernel) c.kernel = findScanKernel("auto");
+  c.kernel = &kernelForRun(s.kernel, c.st.matrice, c.W);
   // A stage out of memory fails the run: the parts of the scan and the
   // random expectation end at the stop that fail sets.
   auto stage = [&](void (*scan)(RunContext&)) {
@@ -193,7 +192,7 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
   if (s.CBCPG) {
     stage(cpgScan);
   } else {
-    if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W);
+    if (!c.kernel->isScalar()) c.columns.emplace(c.cells, c.m1->data(), c.nshort, c.W, c.kernel->scores);
     c.threads = runThreads(s);
     if (c.threads >= 2) {
       openScanTail(c);

@@ -85,7 +85,7 @@ void substitutionScanColumns(RunContext& c) {
   int64_t i = c.firstpos + 1;
   {
     PositionTester tester(c, firstPartLast, parts.empty() ? tail : nullptr, false);
-    std::copy(c.scorerow.begin(), c.scorerow.begin() + std::max<int64_t>(c.lastshort, 0) + 1, tester.before());
+    tester.setBefore(c.scorerow.data());
     for (; tester.ready(i); ++i) {
       if (yieldAndTestStop(c, counter, progressstep, scanUnits(c, i), total)) {
         giveUp();

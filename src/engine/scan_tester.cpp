@@ -84,8 +84,9 @@ void PositionTester::test(int64_t i, Found& found) {
   const ScanKernel& kernel = *c_.kernel;
   const int64_t lastshort = c_.lastshort;
   const int64_t blocks = scanBlockCount(lastshort);
-  const float* row = batch_.row(step_);
-  const float* blockmax = batch_.blockmax(step_);
+  const void* row = batch_.row(step_);
+  const void* blockmax = batch_.blockmax(step_);
+  const float start0 = kernel.scoreAt(row, 0);
   const float best = batch_.best(step_);
   ++step_;
   const uint8_t* win = window(i);
@@ -128,7 +129,7 @@ void PositionTester::test(int64_t i, Found& found) {
   // not-a-number score equals nothing).
   float maxscore = 0.0f;
   if (best > maxscore) maxscore = best;
-  if (row[0] > maxscore) maxscore = row[0];
+  if (start0 > maxscore) maxscore = start0;
   // A block is looked into when its best reaches maxscore or the
   // threshold, whichever is lower (a not-a-number threshold lists nothing).
   const float threshold = c_.idthreshold;
@@ -154,8 +155,8 @@ void PositionTester::test(int64_t i, Found& found) {
       }
     }
   }
-  if (row[0] == maxscore) found.starts.push_back(1);
-  if (threshold <= row[0]) found.starts.push_back(-1);
+  if (start0 == maxscore) found.starts.push_back(1);
+  if (threshold <= start0) found.starts.push_back(-1);
   record(maxscore, false);
 }
 

@@ -29,8 +29,8 @@ class PositionTester {
   // stretches (a tester on a thread of its own), else left to writeFound.
   PositionTester(const RunContext& c, int64_t last, ScanTail* tail, bool writeTexts);
 
-  // The row the first batch starts from.
-  float* before() { return batch_.before(); }
+  // Fills the row the first batch starts from with scores[0 .. lastshort].
+  void setBefore(const float* scores) { batch_.setBefore(scores); }
   // The rows of the positions from to to, computed and not tested.
   void warmUp(int64_t from, int64_t to);
   // Whether position i, the one after the last tested or warmed up, is this
@@ -52,7 +52,7 @@ class PositionTester {
   int step_ = 0, batched_ = 0;  // the step of the batch for the next position, of batched_
   std::vector<uint64_t> candidates_;
   std::vector<uint8_t> scratch_;
-  std::vector<const float*> leave_, enter_;
+  std::vector<const void*> leave_, enter_;
   std::vector<const uint8_t*> wins_;
   std::vector<float> starts_;
   std::vector<int64_t> upTo_;

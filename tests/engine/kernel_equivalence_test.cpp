@@ -110,6 +110,69 @@ TEST(KernelEquivalence, RandomRunsGiveTheScalarBytes) {
   }
 }
 
+// Whole-number matrices, which the integer lanes take: cells of 0 and 1,
+// small whole numbers of both signs, and cells whose greatest magnitude times
+// W is 255, 256, 32,767 or 32,768 (the edges of the byte and 16-bit lanes),
+// with a run of that cell's bases in both sequences so that the extreme
+// score occurs. Thresholds between whole numbers, on them, below every score
+// and none.
+RunInput randomIntegralRun(std::mt19937& gen) {
+  RunInput k = randomRun(gen);
+  const int kind = static_cast<int>(gen() % 5);
+  struct Edge {
+    int W, cell;
+  };
+  static constexpr Edge kEdges[] = {{255, 1}, {15, 17}, {85, 3}, {128, 2},    {16, 16},
+                                    {2, 128}, {151, 217}, {217, 151}, {128, 256}, {64, 512}};
+  const Edge edge = kEdges[gen() % std::size(kEdges)];
+  const int W = kind < 2 ? static_cast<int>(gen() % 6 == 0 ? gen() % 256 : gen() % 40) : edge.W;
+  const int most = kind < 2 ? 1 : edge.cell;
+  const bool negative = kind == 4;
+  for (int a = 0; a < 5; ++a)
+    for (int b = 0; b < 5; ++b) {
+      const bool nEdge = a == 0 || b == 0;
+      int v = kind == 0   ? (nEdge ? (gen() % 8 == 0) : (a == b ? 1 : static_cast<int>(gen() % 5 == 0)))
+              : kind == 1 ? static_cast<int>(gen() % 7) - 3
+                          : static_cast<int>(gen() % (most + 1));
+      if (negative && gen() % 2) v = -v;
+      k.matrice[a][b] = static_cast<float>(v);
+    }
+  if (kind >= 2) {
+    // the extreme cell, and a run of its bases longer than the window on both sides
+    const int base = 1 + static_cast<int>(gen() % 4);
+    k.matrice[base][base] = static_cast<float>(negative ? -most : most);
+    const std::string run(static_cast<std::size_t>(W) + gen() % 8, kLetters[base]);
+    k.lg.insert(gen() % (k.lg.size() + 1), run);
+    k.sh.insert(gen() % (k.sh.size() + 1), run);
+  }
+  k.s.EFWS = std::to_string(W);
+  const double top = static_cast<double>(W) * most;
+  // every window pair listed only where the pairs are few
+  const bool few = k.lg.size() * k.sh.size() * static_cast<std::size_t>(W) < 3000000;
+  const unsigned pick = gen() % 6;
+  k.s.EFIdentities = pick == 0   ? std::string("NaN")
+                     : pick == 1 && few ? std::to_string(-top - 0.5)
+                     : pick == 2 ? std::to_string(static_cast<int>(top * 0.6))
+                                 : std::to_string(top * (0.55 + 0.05 * (gen() % 8)) + 0.25);
+  return k;
+}
+
+TEST(KernelEquivalence, RandomWholeNumberRunsGiveTheScalarBytes) {
+  std::mt19937 gen(2026);
+  for (int n = 0; n < 300; ++n) {
+    const RunInput k = randomIntegralRun(gen);
+    const std::string reference = on(k, "scalar", 1);
+    for (const ScanKernel& kernel : scanKernels())
+      for (int threads : {1, 2}) {
+        if (kernel.isScalar() && threads == 1) continue;
+        ASSERT_EQ(on(k, kernel.name, threads), reference)
+            << "case " << n << " kernel " << kernel.name << " threads " << threads << " W=" << k.s.EFWS << " from "
+            << k.s.EFAnaFrom << " to " << k.s.EFAnaTo << " sd=" << k.s.EFSD << " id=" << k.s.EFIdentities
+            << " long " << k.lg.size() << " short " << k.sh.size() << " stop " << k.stopAfter;
+      }
+  }
+}
+
 // Long runs whose rows and alignments are written beside the scan a stretch
 // at a time, whose scan goes in parts on threads of their own (each part
 // repeating the positions before it until its diagonals hold what the whole
@@ -177,6 +240,12 @@ std::vector<LongRun> longRuns() {
   in.sh = randomLetters(gen, 400, 0);
   runs.push_back({"stop ahead", listing(in, "20", "3000", "20", 4, 1, 0), {{"1", "max"}}, {2000}, {}, {2},
                   "stopped=1 noRows=0 written=0 yields=2001"});
+  // a shortest sequence whose batches of byte rows pass the level-2 cache:
+  // the scan keeps only its candidate blocks in every lane width
+  in.lg = randomLetters(gen, 13600, 0);
+  in.sh = randomLetters(gen, 13000, 1) + in.lg.substr(5100, 40);
+  runs.push_back({"candidate blocks", listing(in, "20", "40", "13.5", 8, 1, 0), {{"4900", "5200"}, {"5090", "5400"}},
+                  {-1}, {}, {1, 2}, "++++++++++++++++++++\n"});
   return runs;
 }
 

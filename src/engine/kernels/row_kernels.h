@@ -2,9 +2,11 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "engine/kernels/scan_kernels.h"
 
@@ -15,12 +17,13 @@
 // set can stand in for another at link time.
 //
 // What an Ops struct gives:
-//   Score             the type of a score (float)
+//   Score             the type of a score (float, int16_t or uint8_t)
 //   Vec               kLanes scores, of kLanes successive starts
 //   kLanes            a power of two, at most kScanBlock / 2
 //   kBlockLanes       the lanes a block's greatest scores take in blockmax
 //                     (lane x holds the greatest of the lanes x modulo
-//                     kBlockLanes); divides kLanes, at most kBlockMaxLanes
+//                     kBlockLanes); divides kLanes, at most kBlockMaxBytes
+//                     bytes
 //   splat(x)          every lane x
 //   edgeLane(x)       lane 0 x, the others -infinity
 //   load(p)           the lanes from p, where p is the column or the row of
@@ -28,12 +31,14 @@
 //                     boundaries that ScoreRow and ScanColumns give it
 //   loadAny(p)        the lanes from any p
 //   loadFirst(p, n)   (optional) the n < kLanes scores from p, the other
-//                     lanes not a number; without it, the starts past the
-//                     last whole vector of a match are taken one by one
+//                     lanes not a number (integers: the lowest value, whose
+//                     bits the kernels drop); without it, the starts past
+//                     the last whole vector of a match are taken one by one
 //   store(p, v)       v to p, on the boundaries of load
 //   storeBlock(p, v)  the greatest scores of a block (the lanes of v folded
 //                     to kBlockLanes) to blockmax at p
-//   add, sub          lane by lane, each rounded to Single
+//   add, sub          lane by lane, each rounded to Single (integers: modulo
+//                     their width, exact where the true result is in range)
 //   max(s, acc)       the greater of each lane: acc's where s is not a number,
 //                     so that such a score is never the greatest
 //   greatest(v)       the greatest lane of v, which holds no not-a-number
@@ -46,8 +51,8 @@
 //   atLeast(v, l)     the lanes v >= l as bits, false for a not-a-number
 //   equal(v, m)       the lanes v == m as bits, false for a not-a-number
 // FloatLanes below gives Score to kBlockLanes, splat, the loads and stores,
-// add and sub for Single scores; a lane set of integers would be an Ops of
-// its own, and the algorithm the same.
+// add and sub for Single scores; a lane set of integers is an Ops of its own
+// (scan_*_int.cpp), and the algorithm the same.
 namespace trelvane::kernels {
 
 namespace {
@@ -150,7 +155,8 @@ struct RowKernels {
   static constexpr Score kNone = std::numeric_limits<Score>::has_infinity ? -std::numeric_limits<Score>::infinity()
                                                                           : std::numeric_limits<Score>::lowest();
   static_assert(L >= 1 && (L & (L - 1)) == 0 && kScanBlock % (2 * L) == 0);
-  static_assert(L % BL == 0 && BL <= kBlockMaxLanes && kMatchSpan % L == 0 && 64 % BL == 0);
+  static_assert(L % BL == 0 && BL * static_cast<int64_t>(sizeof(Score)) <= kBlockMaxBytes && kMatchSpan % L == 0 &&
+                64 % BL == 0);
   static_assert(PartialLoads<Ops> || BL == L, "a vector of several blocks needs part loads for the last");
 
   // -- cell by cell: the starts that no whole vector covers --
@@ -251,6 +257,11 @@ struct RowKernels {
     }
     return Ops::loadAny(p);
   }
+  // The bits of the first n lanes (at most L) of a compare: those past a
+  // part load hold no score.
+  [[gnu::always_inline]] static uint64_t firstLanes(uint64_t bits, int64_t n) {
+    return n < 64 ? bits & ((uint64_t{1} << n) - 1) : bits;
+  }
 
   // See BlocksMaxFn: the greatest of the blocks' lanes, two vectors side by
   // side (blockmax holds no not-a-number).
@@ -280,7 +291,8 @@ struct RowKernels {
         const Score* p = blockmax + b * BL;
         const int64_t n = std::min(kBlocksAWord, end - b) * BL;
         uint64_t lanes = 0;
-        for (int64_t k = 0; k < n; k += L) lanes |= static_cast<uint64_t>(Ops::atLeast(loadUpTo(p + k, n - k), l)) << k;
+        for (int64_t k = 0; k < n; k += L)
+          lanes |= firstLanes(static_cast<uint64_t>(Ops::atLeast(loadUpTo(p + k, n - k), l)), n - k) << k;
         word |= anyLaneOfBlocks<BL>(lanes) << (b % 64);
       }
       bits[w] = word;
@@ -321,8 +333,8 @@ struct RowKernels {
       if (k < count) {
         // the last starts alone: the lanes past them are not a number
         const Vec s = Ops::loadFirst(row + lo + k, count - k);
-        t |= static_cast<uint64_t>(Ops::equal(s, m)) << k;
-        l |= static_cast<uint64_t>(Ops::atLeast(s, th)) << k;
+        t |= firstLanes(static_cast<uint64_t>(Ops::equal(s, m)), count - k) << k;
+        l |= firstLanes(static_cast<uint64_t>(Ops::atLeast(s, th)), count - k) << k;
       }
     } else {
       matchCells(row, lo, k, count, maxscore, threshold, t, l);
@@ -332,21 +344,95 @@ struct RowKernels {
   }
 };
 
+// The table's untyped kernels over RowKernels<Ops>, and the Single bounds
+// of the scans turned into the lanes' terms.
+template <class Ops>
+struct UntypedKernels {
+  using K = RowKernels<Ops>;
+  using Score = typename Ops::Score;
+  static constexpr bool kInteger = !std::is_floating_point_v<Score>;
+  static constexpr Score kMost = std::numeric_limits<Score>::max();
+  static constexpr Score kLeast = std::numeric_limits<Score>::lowest();
+
+  static const Score* in(const void* p) { return static_cast<const Score*>(p); }
+  static Score* in(void* p) { return static_cast<Score*>(p); }
+  // A greatest score as a Single: signed lanes' lowest value stands for none.
+  static float single(Score v) {
+    if constexpr (kInteger && std::is_signed_v<Score>) {
+      if (v == kLeast) return -std::numeric_limits<float>::infinity();
+    }
+    return static_cast<float>(v);
+  }
+  // The least lane value at least x, where one is (a score of these lanes is
+  // at least x exactly when it is at least that value); false where none is
+  // (x above every lane value, or not a number).
+  static bool atLeastBound(float x, Score& bound) {
+    if constexpr (!kInteger) {
+      bound = x;
+      return true;
+    } else {
+      if (!(x <= static_cast<float>(kMost))) return false;
+      const float whole = std::ceil(x);
+      bound = whole <= static_cast<float>(kLeast) ? kLeast : static_cast<Score>(whole);
+      return true;
+    }
+  }
+  // x as a lane value, where it is one (else no score equals it).
+  static bool exactly(float x, Score& v) {
+    if constexpr (!kInteger) {
+      v = x;
+      return true;
+    } else {
+      if (!(x >= static_cast<float>(kLeast) && x <= static_cast<float>(kMost)) || std::floor(x) != x) return false;
+      v = static_cast<Score>(x);
+      return true;
+    }
+  }
+
+  static float advanceSpan(const void* prev, void* next, int64_t lo, int64_t hi, const void* leave,
+                           const void* enter, void* blockmax) {
+    return single(K::advanceSpan(in(prev), in(next), lo, hi, in(leave), in(enter), in(blockmax)));
+  }
+  static float blocksMax(const void* blockmax, int64_t blocks) { return single(K::blocksMax(in(blockmax), blocks)); }
+  static void blockCandidates(const void* blockmax, int64_t blocks, float lower, uint64_t* bits) {
+    Score bound;
+    if (atLeastBound(lower, bound)) {
+      K::blockCandidates(in(blockmax), blocks, bound, bits);
+      return;
+    }
+    for (int64_t w = 0; w * 64 < blocks; ++w) bits[w] = 0;
+  }
+  static void blockMatch(const void* row, int64_t lo, int64_t count, float maxscore, float threshold,
+                         uint64_t* ties, uint64_t* listed) {
+    Score m = kMost, th = kMost;
+    const bool tieable = exactly(maxscore, m), listable = atLeastBound(threshold, th);
+    K::blockMatch(in(row), lo, count, m, th, ties, listed);
+    if (!tieable) *ties = 0;
+    if (!listable) *listed = 0;
+  }
+  static void putScores(const float* scores, int64_t n, void* row) {
+    for (int64_t j = 0; j < n; ++j) in(row)[j] = static_cast<Score>(scores[j]);
+  }
+  static float scoreAt(const void* row, int64_t j) { return static_cast<float>(in(row)[j]); }
+};
+
 // The table of a variant's kernels.
 template <class Ops>
-constexpr ScanKernel kernelTable(const char* name) {
-  using K = RowKernels<Ops>;
-  return {name, Ops::kLanes, Ops::kBlockLanes, &K::advanceSpan, &K::blocksMax, &K::blockCandidates, &K::blockMatch};
+constexpr ScanKernel kernelTable(const char* name, const char* family, ScoreLanes scores) {
+  using U = UntypedKernels<Ops>;
+  return {name,          family,        scores,         Ops::kLanes,         Ops::kBlockLanes,
+          sizeof(typename Ops::Score), &U::advanceSpan, &U::blocksMax, &U::blockCandidates, &U::blockMatch,
+          &U::putScores, &U::scoreAt};
 }
 
 }  // namespace
 
 // The variants, each defined in a file of its own with its own flags.
-extern const ScanKernel kGenericKernel;
+extern const ScanKernel kGenericKernel, kGenericU8Kernel, kGenericI16Kernel;
 #if defined(__x86_64__)
 extern const ScanKernel kSse2Kernel;
-extern const ScanKernel kAvx2Kernel;
-extern const ScanKernel kAvx512Kernel;
+extern const ScanKernel kAvx2Kernel, kAvx2U8Kernel, kAvx2I16Kernel;
+extern const ScanKernel kAvx512Kernel, kAvx512U8Kernel, kAvx512I16Kernel;
 #endif
 
 }  // namespace trelvane::kernels

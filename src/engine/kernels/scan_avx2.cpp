@@ -34,6 +34,6 @@ struct Avx2Ops : FloatLanes<8, 8> {
 
 }  // namespace
 
-constinit const ScanKernel kAvx2Kernel = kernelTable<Avx2Ops>("avx2");
+constinit const ScanKernel kAvx2Kernel = kernelTable<Avx2Ops>("avx2", "avx2", ScoreLanes::kFloat);
 
 }  // namespace trelvane::kernels

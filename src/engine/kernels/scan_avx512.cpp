@@ -48,6 +48,6 @@ struct Avx512Ops : FloatLanes<16, 8> {
 
 }  // namespace
 
-constinit const ScanKernel kAvx512Kernel = kernelTable<Avx512Ops>("avx512");
+constinit const ScanKernel kAvx512Kernel = kernelTable<Avx512Ops>("avx512", "avx512", ScoreLanes::kFloat);
 
 }  // namespace trelvane::kernels

@@ -1,4 +1,7 @@
 // scan_columns.cpp -- the matrix as the kernels read it: by columns, and by start on the shortest sequence.
+#include <algorithm>
+#include <cstring>
+
 #include "engine/kernels/scan_kernels.h"
 
 namespace trelvane {
@@ -8,23 +11,41 @@ CellTable::CellTable(const float (&matrice)[5][5]) {
     for (int s = 0; s < 5; ++s) byLong[l][s] = matrice[s][l];
 }
 
-ScanColumns::ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W) {
-  if (nshort < 0) nshort = 0;
-  // Each copy: kPad zero cells, the column, kPad zero cells, on 64-byte
-  // boundaries (the storage's and the stride's). A group of starts j0 (a
-  // multiple of 16) reads leave from j0 - 1 and enter from j0, that is the
-  // column from j0 + W - 1: the first copy sits one cell late, the second
-  // W - 1 cells early, modulo 16 (and so modulo 8 for the narrower kernels).
-  const int64_t stride = (nshort + 2 * kPad + 15) / 16 * 16;
-  storage_.assign(static_cast<std::size_t>(stride * 10), 0.0f);
-  const int64_t enterShift = ((static_cast<int64_t>(W) - 1) % 16 + 16) % 16;
+namespace {
+
+// The columns in lanes of type T: each copy is pad zero cells, the column,
+// pad zero cells, on 64-byte boundaries (the storage's and the stride's). A
+// group of starts j0 (a multiple of the cells of a line) reads leave from
+// j0 - 1 and enter from j0, that is the column from j0 + W - 1: the first copy
+// sits one cell late, the second W - 1 cells early, modulo a line's cells.
+template <class T>
+void layOut(LaneStorage& storage, const void** leave, const void** enter, const CellTable& cells,
+            const uint8_t* m1, int64_t nshort, int32_t W) {
+  constexpr int64_t kLine = 64 / static_cast<int64_t>(sizeof(T));
+  constexpr int64_t kPad = 2 * kLine;
+  const int64_t stride = (nshort + 2 * kPad + kLine - 1) / kLine * kLine;
+  storage.assign(static_cast<std::size_t>(stride * 10) * sizeof(T), std::byte{0});
+  T* base = reinterpret_cast<T*>(storage.data());
+  const int64_t enterShift = ((static_cast<int64_t>(W) - 1) % kLine + kLine) % kLine;
   for (int l = 0; l < 5; ++l) {
     const float* cellsOfL = cells.column(static_cast<uint8_t>(l));
-    float* lv = storage_.data() + (2 * l) * stride + kPad + 1;
-    float* en = storage_.data() + (2 * l + 1) * stride + kPad - enterShift;
-    for (int64_t j = 0; j < nshort; ++j) lv[j] = en[j] = cellsOfL[m1[j]];
-    leave_[l] = lv;
-    enter_[l] = en + (static_cast<int64_t>(W) - 1);
+    T* lv = base + (2 * l) * stride + kPad + 1;
+    T* en = base + (2 * l + 1) * stride + kPad - enterShift;
+    // whole numbers within T's range, where T is an integer (exactScoreLanes)
+    for (int64_t j = 0; j < nshort; ++j) lv[j] = en[j] = static_cast<T>(cellsOfL[m1[j]]);
+    leave[l] = lv;
+    enter[l] = en + (static_cast<int64_t>(W) - 1);
+  }
+}
+
+}  // namespace
+
+ScanColumns::ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, ScoreLanes lanes) {
+  nshort = std::max<int64_t>(nshort, 0);
+  switch (lanes) {
+    case ScoreLanes::kUint8: layOut<uint8_t>(storage_, leave_, enter_, cells, m1, nshort, W); break;
+    case ScoreLanes::kInt16: layOut<int16_t>(storage_, leave_, enter_, cells, m1, nshort, W); break;
+    case ScoreLanes::kFloat: layOut<float>(storage_, leave_, enter_, cells, m1, nshort, W); break;
   }
 }
 

@@ -18,6 +18,6 @@ struct GenericOps : FloatLanes<1, 1> {
 
 }  // namespace
 
-constinit const ScanKernel kGenericKernel = kernelTable<GenericOps>("generic");
+constinit const ScanKernel kGenericKernel = kernelTable<GenericOps>("generic", "generic", ScoreLanes::kFloat);
 
 }  // namespace trelvane::kernels

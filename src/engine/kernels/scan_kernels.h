@@ -24,13 +24,15 @@ struct AlignedAllocator {
   bool operator==(const AlignedAllocator<U>&) const { return true; }
 };
 using ScoreRow = std::vector<float, AlignedAllocator<float>>;
+// The same for rows of any kernel's lanes.
+using LaneStorage = std::vector<std::byte, AlignedAllocator<std::byte>>;
 
 // The starts j of a row are grouped in blocks of kScanBlock: block b holds the
 // starts b * kScanBlock to (b + 1) * kScanBlock - 1, from 1 on (j = 0 stands
 // apart, it is scored in full at every position).
 inline constexpr int64_t kScanBlock = 128;
 // The room a block takes in the blockmax of AdvanceSpanFn.
-inline constexpr int64_t kBlockMaxLanes = 8;
+inline constexpr int64_t kBlockMaxBytes = 32;
 // The starts a BlockMatchFn looks at in one call.
 inline constexpr int64_t kMatchSpan = 64;
 
@@ -41,57 +43,94 @@ inline int64_t scanBlockHi(int64_t b, int64_t lastshort) {
   return (b + 1) * kScanBlock - 1 < lastshort ? (b + 1) * kScanBlock - 1 : lastshort;
 }
 
+// What a kernel's lanes hold: Singles, or whole numbers in 16 signed bits or
+// in one unsigned byte, where every window score of the run is one of them
+// (see exactScoreLanes). Narrower lanes sort first.
+enum class ScoreLanes : uint8_t { kUint8, kInt16, kFloat };
+
+// Rows, columns and block maxima hold scores of the kernel's lanes, one
+// after the other (4, 2 or 1 bytes a score); the scans pass them through
+// untyped, and write and read single scores with PutScoresFn and ScoreAtFn.
+
 // One step along the diagonals of the starts lo to hi, out of place:
 //   next[j] = (prev[j - 1] - leave[j - 1]) + enter[j]
-// each step rounded to Single, in this order. leave is the matrix column of the
-// longest side's base that leaves the window, laid out by start (leave[j] is
-// the cell of m1[j]); enter the column of the entering base, shifted so that
-// enter[j] is the cell of m1[j + W - 1]. lo is the first start of a block and
-// hi the last start of a block (or lastshort); prev and next are rows that
-// start on a 64-byte boundary. The greatest new score of each block b goes
-// into blockmax[b * blockLanes ..] (the kernel's blockLanes, at most
-// kBlockMaxLanes), in a form of the kernel's own, for its BlocksMaxFn and
+// each step rounded to Single, in this order (whole numbers: exact in any
+// order). leave is the matrix column of the longest side's base that leaves
+// the window, laid out by start (leave[j] is the cell of m1[j]); enter the
+// column of the entering base, shifted so that enter[j] is the cell of
+// m1[j + W - 1]. lo is the first start of a block and hi the last start of a
+// block (or lastshort); prev and next are rows that start on a 64-byte
+// boundary. The greatest new score of each block b goes into the
+// blockLanes * scoreBytes bytes of blockmax from b times that (at most
+// kBlockMaxBytes), in a form of the kernel's own, for its BlocksMaxFn and
 // BlockCandidatesFn; a not-a-number score is never the greatest, and
-// -infinity means none. Returns the greatest new score of the span, in the
-// same terms (taken in registers, where reading blockmax back would wait on
-// its stores).
-using AdvanceSpanFn = float (*)(const float* prev, float* next, int64_t lo, int64_t hi, const float* leave,
-                                const float* enter, float* blockmax);
+// -infinity means none (byte lanes: 0, which no score lies below). Returns
+// the greatest new score of the span, in the same terms (taken in
+// registers, where reading blockmax back would wait on its stores).
+using AdvanceSpanFn = float (*)(const void* prev, void* next, int64_t lo, int64_t hi, const void* leave,
+                                const void* enter, void* blockmax);
 // The greatest score that blockmax holds for the blocks 0 to blocks - 1
 // (-infinity for none).
-using BlocksMaxFn = float (*)(const float* blockmax, int64_t blocks);
+using BlocksMaxFn = float (*)(const void* blockmax, int64_t blocks);
 // Sets bit b % 64 of bits[b / 64] for each of the blocks whose greatest score
 // (from the kernel's AdvanceSpanFn) is at least lower, clears the others.
-using BlockCandidatesFn = void (*)(const float* blockmax, int64_t blocks, float lower, uint64_t* bits);
+using BlockCandidatesFn = void (*)(const void* blockmax, int64_t blocks, float lower, uint64_t* bits);
 
 // The starts lo to lo + count - 1 (count at most kMatchSpan) whose score equals
 // maxscore (bit k of *ties for start lo + k) and those whose score is at least
 // threshold (*listed). A not-a-number score is in neither.
-using BlockMatchFn = void (*)(const float* row, int64_t lo, int64_t count, float maxscore,
-                              float threshold, uint64_t* ties, uint64_t* listed);
+using BlockMatchFn = void (*)(const void* row, int64_t lo, int64_t count, float maxscore, float threshold,
+                              uint64_t* ties, uint64_t* listed);
+// scores[0 .. n - 1] into row[0 .. n - 1], in the kernel's lanes (whole
+// numbers within their range, where the lanes are integers).
+using PutScoresFn = void (*)(const float* scores, int64_t n, void* row);
+// row[j] as a Single.
+using ScoreAtFn = float (*)(const void* row, int64_t j);
 
 // A variant of the row kernels. The scalar one has no functions: the scans
 // then run the reference kernels of scan_scalar.cpp, cell by cell.
 struct ScanKernel {
   const char* name;
+  const char* family;  // the instruction set: "scalar", "generic", "sse2", "avx2", "avx512"
+  ScoreLanes scores;
   int lanes;
-  int blockLanes;  // the floats a block takes in blockmax
+  int blockLanes;  // the scores a block takes in blockmax
+  int scoreBytes;  // the bytes of a score in rows, columns and blockmax
   AdvanceSpanFn advanceSpan;
   BlocksMaxFn blocksMax;
   BlockCandidatesFn blockCandidates;
   BlockMatchFn blockMatch;
+  PutScoresFn putScores;
+  ScoreAtFn scoreAt;
 
   bool isScalar() const { return advanceSpan == nullptr; }
+  // The bytes of blockmax from one block to the next.
+  int64_t blockBytes() const { return static_cast<int64_t>(blockLanes) * scoreBytes; }
 };
 
-// Every variant this processor can run, the scalar one first.
+// Every variant this processor can run, the scalar one first and the widest
+// Single one last; each instruction set's integer variants come before its
+// Single one.
 const std::vector<ScanKernel>& scanKernels();
-// The variant of that name ("scalar", "generic", "sse2", "avx2", "avx512"),
-// or "auto" for the fastest one this processor has (chosen once); nullptr
-// when the name is unknown or the processor lacks it.
+// The variant of that name ("scalar", "generic", "sse2", "avx2", "avx512",
+// the integer ones "generic-u8", "avx2-i16" and so on), or "auto" for the
+// fastest Single one this processor has (chosen once); nullptr when the name
+// is unknown or the processor lacks it.
 const ScanKernel* findScanKernel(std::string_view name);
-// Every name findScanKernel may know, whether or not this processor runs it.
+// Every name findScanKernel may know, whether or not this processor runs
+// it: "auto" and the Single variants' names, then the integer variants'.
 const std::vector<std::string_view>& scanKernelNames();
+const std::vector<std::string_view>& integerScanKernelNames();
+
+// The narrowest lanes that hold every window score of W cells of matrice
+// exactly, and in which the Single recurrence gives the scores of any exact
+// arithmetic (see score_lanes.cpp).
+ScoreLanes exactScoreLanes(const float (&matrice)[5][5], int32_t W);
+// The variant a run takes: findScanKernel's (an unknown name: "auto"), with
+// "auto" narrowed to the lanes of exactScoreLanes where its instruction set
+// has them, and an integer variant widened to the lanes of its instruction
+// set that hold the scores, where its own do not. Never nullptr.
+const ScanKernel& kernelForRun(std::string_view name, const float (&matrice)[5][5], int32_t W);
 
 // matrice by columns: byLong[l][s] is the cell of shortest base s against
 // longest base l. A column has 256 entries so that any byte indexes it, and
@@ -104,26 +143,25 @@ struct CellTable {
   float byLong[5][256] = {};
 };
 
-// The matrix columns laid out by start on the shortest sequence: for each
-// longest-side base l, leave(l)[j] = matrice[m1[j]][l] for j from 0 to
-// nshort - 1, with zero cells around them, so that the row kernels read
-// without gathers; enter(l) is the same column shifted by W - 1, so that
-// enter(l)[j] is the cell of m1[j + W - 1]. Each is a copy of its own, placed
-// so that the vectors a kernel reads for a group of starts from a multiple of
-// 16 lie on whole 64-byte lines (and so those of 8 on whole 32-byte words).
-// Built once a run.
+// The matrix columns laid out by start on the shortest sequence, in the
+// lanes of a kernel: for each longest-side base l, leave(l)[j] =
+// matrice[m1[j]][l] for j from 0 to nshort - 1, with zero cells around them,
+// so that the row kernels read without gathers; enter(l) is the same column
+// shifted by W - 1, so that enter(l)[j] is the cell of m1[j + W - 1]. Each is
+// a copy of its own, placed so that the vectors a kernel reads for a group of
+// starts from a multiple of 64 / scoreBytes lie on whole 64-byte lines (and
+// so those of narrower groups on whole words). Built once a run.
 class ScanColumns {
  public:
-  static constexpr int64_t kPad = 32;
-  ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W);
+  ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, ScoreLanes lanes);
   // The columns of a longest-side byte; bytes above 4 are no base, as N.
-  const float* leave(uint8_t l) const { return leave_[l <= 4 ? l : 0]; }
-  const float* enter(uint8_t l) const { return enter_[l <= 4 ? l : 0]; }
+  const void* leave(uint8_t l) const { return leave_[l <= 4 ? l : 0]; }
+  const void* enter(uint8_t l) const { return enter_[l <= 4 ? l : 0]; }
 
  private:
-  ScoreRow storage_;
-  const float* leave_[5] = {};
-  const float* enter_[5] = {};
+  LaneStorage storage_;
+  const void* leave_[5] = {};
+  const void* enter_[5] = {};
 };
 
 }  // namespace trelvane

@@ -31,6 +31,6 @@ struct Sse2Ops : FloatLanes<4, 4> {
 
 }  // namespace
 
-constinit const ScanKernel kSse2Kernel = kernelTable<Sse2Ops>("sse2");
+constinit const ScanKernel kSse2Kernel = kernelTable<Sse2Ops>("sse2", "sse2", ScoreLanes::kFloat);
 
 }  // namespace trelvane::kernels

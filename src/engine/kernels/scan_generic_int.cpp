@@ -1,0 +1,79 @@
+// scan_generic_int.cpp -- the row kernels in plain C++ over whole-number scores: 16 bytes of lanes, in bytes or in 16 bits.
+#include <bit>
+
+#include "engine/kernels/row_kernels.h"
+
+namespace trelvane::kernels {
+
+namespace {
+
+// Scores of type T in the compiler's vectors of 16 bytes, on which + and -
+// wrap modulo T's width and comparisons give a lane of all ones where they
+// hold. A run takes these lanes only where every window score lies in T's
+// range, so the diagonals it tests end exact whatever lies between.
+template <class T>
+struct GenericIntOps {
+  static constexpr int kLanes = 16 / sizeof(T);
+  static constexpr int kBlockLanes = kLanes;
+  using Score = T;
+  typedef T Vec __attribute__((vector_size(16), may_alias));
+
+  static Vec splat(T x) { return Vec{} + x; }
+  static Vec edgeLane(T x) {
+    Vec v = splat(std::numeric_limits<T>::lowest());
+    v[0] = x;
+    return v;
+  }
+  static Vec loadAny(const T* p) {
+    Vec v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+  }
+  static Vec load(const T* p) { return loadAny(p); }
+  static void store(T* p, Vec v) { std::memcpy(p, &v, sizeof v); }
+  static void storeBlock(T* p, Vec v) { store(p, v); }
+  static Vec add(Vec a, Vec b) { return a + b; }
+  static Vec sub(Vec a, Vec b) { return a - b; }
+  static Vec max(Vec s, Vec acc) { return s > acc ? s : acc; }
+  static T greatest(Vec v) {
+    T g = v[0];
+    for (int k = 1; k < kLanes; ++k) g = v[k] > g ? v[k] : g;
+    return g;
+  }
+  // prev[j-1 .. j+kLanes-2] in one load, one start back.
+  static const T* prevLoad(const T* prev, int64_t j) { return prev + j; }
+  static Vec shiftIn(const T* upper, const T*) { return loadAny(upper - 1); }
+  // One bit a lane, from a comparison's lanes of all ones or none: on a
+  // little-endian machine, the low bit of each lane of a 64-bit half
+  // multiplied into its top bits (lane k's to bit k there, no other term
+  // reaching them), else lane by lane.
+  template <class Mask>
+  static uint32_t bits(Mask m) {
+    if constexpr (std::endian::native == std::endian::little) {
+      uint64_t half[2];
+      std::memcpy(half, &m, sizeof half);
+      if constexpr (sizeof(T) == 1) {
+        constexpr uint64_t kLow = 0x0101010101010101ULL, kGather = 0x0102040810204080ULL;
+        return static_cast<uint32_t>(((half[0] & kLow) * kGather) >> 56 | ((half[1] & kLow) * kGather) >> 56 << 8);
+      } else {
+        constexpr uint64_t kLow = 0x0001000100010001ULL, kGather = 0x0001000200040008ULL;
+        return static_cast<uint32_t>(((half[0] & kLow) * kGather) >> 48 | ((half[1] & kLow) * kGather) >> 48 << 4);
+      }
+    } else {
+      uint32_t out = 0;
+      for (int k = 0; k < kLanes; ++k) out |= static_cast<uint32_t>(m[k] & 1) << k;
+      return out;
+    }
+  }
+  static uint32_t atLeast(Vec v, Vec l) { return bits(v >= l); }
+  static uint32_t equal(Vec v, Vec m) { return bits(v == m); }
+};
+
+}  // namespace
+
+constinit const ScanKernel kGenericU8Kernel =
+    kernelTable<GenericIntOps<uint8_t>>("generic-u8", "generic", ScoreLanes::kUint8);
+constinit const ScanKernel kGenericI16Kernel =
+    kernelTable<GenericIntOps<int16_t>>("generic-i16", "generic", ScoreLanes::kInt16);
+
+}  // namespace trelvane::kernels
