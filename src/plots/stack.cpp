@@ -192,6 +192,19 @@ RGB segmentColor(SegmentKind kind) {
   return {255, 200, 140};
 }
 
+std::optional<StackPoint> stackPointAt(const StackFigure& f, int width, double x, double y) {
+  width = std::max(width, kLeft + kRight + 100);
+  const double plotWidth = width - kLeft - kRight;
+  if (x < kLeft || x >= kLeft + plotWidth || f.to <= f.from) return std::nullopt;
+  const double top = kTop + (f.annotated ? kGenesHeight : 0);
+  const int panel = static_cast<int>(std::floor((y - top) / (kPanelHeight + kPanelGap)));
+  if (y < top || panel >= static_cast<int>(f.panels.size()) ||
+      y - top - panel * (kPanelHeight + kPanelGap) > kPanelHeight)
+    return std::nullopt;
+  const auto position = f.from + static_cast<int64_t>((x - kLeft) * static_cast<double>(f.to - f.from) / plotWidth);
+  return StackPoint{panel, std::min(position, f.to - 1)};
+}
+
 std::string groupedNumber(int64_t v) {
   std::string digits = std::to_string(v < 0 ? -v : v), out;
   for (std::size_t i = 0; i < digits.size(); ++i) {

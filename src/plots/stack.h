@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,15 @@ RGB segmentColor(SegmentKind kind);
 
 // The figure, width pixels wide; its height follows from the panels.
 Picture drawStack(const StackFigure& figure, int width = 1000);
+
+// What lies under a point of the figure drawn `width` pixels wide: the
+// panel (index into figure.panels) and the reference position (0-based) of
+// the pixel column; none outside the panels' plot areas.
+struct StackPoint {
+  int panel = 0;
+  int64_t position = 0;
+};
+std::optional<StackPoint> stackPointAt(const StackFigure& figure, int width, double x, double y);
 
 // "5,225,464": a position with its thousands marked, as genome browsers show them.
 std::string groupedNumber(int64_t v);

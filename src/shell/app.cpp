@@ -13,6 +13,7 @@
 #include "platform/numtext.h"
 #include "shell/aboutbox.h"
 #include "shell/runhost.h"
+#include "shell/stack_window.h"
 #include "shell/window1.h"
 
 #ifndef TRELVANE_VERSION_MAJOR
@@ -116,6 +117,8 @@ void buildMenuBar1(QMenuBar* bar, Window1* window) {
     QObject::connect(item(exports, exportItems[k].first, QString::fromLatin1(exportItems[k].second), QKeySequence()),
                      &QAction::triggered, window,
                      [window, k] { window->FileExport_Action(static_cast<Window1::Export>(k)); });
+  QObject::connect(item(file, "FileStack", QStringLiteral("Stack results..."), QKeySequence()), &QAction::triggered,
+                   window, [window] { StackWindow::chooseAndOpen(window); });
   file->addSeparator()->setObjectName(QStringLiteral("UntitledMenu0"));
   QAction* quit = item(file, "FileQuit", QStringLiteral("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q));
   quit->setMenuRole(QAction::QuitRole);

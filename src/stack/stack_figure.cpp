@@ -73,6 +73,7 @@ bool readResultPanel(const std::string& path, const StackRequest& request, Panel
   std::sort(panel.shown.values.begin(), panel.shown.values.end(),
             [](const plots::StackValue& a, const plots::StackValue& b) { return a.start < b.start; });
   panel.data.W = st.windgraph;
+  if (st.origin[0].known() && !st.origin[0].reverse && st.origin[0].removed.empty() && request.recordCoordinates) panel.data.runFrom = st.origin[0].from;
   if (const auto e = tracks::expectation(st, tracks::Unit::Fraction); e && !panel.shown.values.empty()) {
     panel.shown.expectations.push_back(
         {panel.shown.values.front().start, panel.shown.values.back().end, e->mean, e->upper, e->max});

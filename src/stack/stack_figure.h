@@ -55,7 +55,8 @@ struct StackResult {
   struct PanelData {
     std::vector<plots::StackValue> values;
     double mean = 0, sd = 0;  // random expectation in identity units; sd 0 when there is none
-    int32_t W = 0;
+    int32_t W = 0;            // 0 for a track, which does not tell it
+    int64_t runFrom = 0;      // the record's position of the run's base 1 (forward reads), 0 unknown
   };
   std::vector<PanelData> data;
 };
