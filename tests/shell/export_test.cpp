@@ -5,8 +5,10 @@
 #include <QPushButton>
 #include <QToolTip>
 
+#include <algorithm>
 #include <cstdio>
 #include <regex>
+#include <sstream>
 
 #include "cli/cli.h"
 #include "plots/picture.h"
