@@ -10,6 +10,7 @@
 
 #include "state/profile.h"
 #include "platform/numtext.h"
+#include "plots/graph_controls.h"
 #include "plots/picture.h"
 #include "tracks/segments.h"
 
@@ -414,17 +415,17 @@ void drawReferenceLines(const ComparisonState& st, const Form& form, const Scale
     referenceLine(sc, st.omaxgraph, kBlue, g);
 }
 
-}  // namespace
-
 // The conserved segments as pale bands from the top of the plot to the X
-// axis, put first so that everything else lies over them.
-void shadeSegments(const ComparisonState& st, const Scale& sc, Group2D& g) {
-  const tracks::SegmentRule rule;
+// axis, put first so that everything else lies over them. None where the
+// rule cannot be read or needs a random expectation that the run lacks.
+void shadeSegments(const ComparisonState& st, const Form& form, const Scale& sc, Group2D& g) {
   std::string why;
-  const std::optional<double> threshold = tracks::thresholdScore(st, rule, &why);
+  const std::optional<tracks::SegmentRule> rule = segmentRule(form, &why);
+  if (!rule) return;
+  const std::optional<double> threshold = tracks::thresholdScore(st, *rule, &why);
   if (!threshold) return;
   std::vector<plots::Shape> bands;
-  for (const tracks::Segment& s : tracks::callSegments(st, rule, *threshold)) {
+  for (const tracks::Segment& s : tracks::callSegments(st, *rule, *threshold)) {
     const double from = std::max<double>(static_cast<double>(s.first), sc.posfrom);
     const double to = std::min<double>(static_cast<double>(s.last), sc.posto);
     if (from > to) continue;
@@ -433,6 +434,8 @@ void shadeSegments(const ComparisonState& st, const Scale& sc, Group2D& g) {
   }
   g.items.insert(g.items.begin(), bands.begin(), bands.end());
 }
+
+}  // namespace
 
 std::optional<ProfilePoint> profilePointAt(const ComparisonState& st, const Form& form, double x) {
   if (st.nbbases == 0 || st.windgraph == 0) return std::nullopt;
@@ -493,7 +496,7 @@ void Graph(ComparisonState& st, Form& form) {
     else
       drawLines(st, form, sc, g);
     drawReferenceLines(st, form, sc, g);
-    if (form.CBShadeSegments) shadeSegments(st, sc, g);
+    if (form.CBShadeSegments) shadeSegments(st, form, sc, g);
 
     st.pct->Objects = std::move(g);
   }

@@ -16,8 +16,8 @@ namespace trelvane {
 // canvas size) and writes EFFrom, EFTo and ST_messGraph. With nbbases or
 // windgraph 0 it draws nothing and leaves st.pct as it was. Always ends
 // with changegraph false.
-// With CBShadeSegments, the conserved segments (70 % over 100 positions)
-// lie as pale bands under everything else.
+// With CBShadeSegments, the conserved segments (EFSegThreshold over
+// EFSegLength positions) lie as pale bands under everything else.
 void Graph(ComparisonState& st, Form& form);
 
 // What the profile holds under pixel column x of the last drawing.

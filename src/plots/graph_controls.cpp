@@ -69,6 +69,35 @@ void EFwidth_LostFocus(ComparisonState& st, Form& form) {
   st.changegraph = true;
 }
 
+std::optional<tracks::SegmentRule> segmentRule(const Form& form, std::string* why) {
+  tracks::SegmentRule rule;
+  if (!tracks::parseThreshold(form.EFSegThreshold, rule, why) || !tracks::parseMinLength(form.EFSegLength, rule, why))
+    return std::nullopt;
+  return rule;
+}
+
+void EFSegThreshold_LostFocus(ComparisonState& st, Form& form) {
+  tracks::SegmentRule rule;
+  std::string why;
+  if (!tracks::parseThreshold(form.EFSegThreshold, rule, &why)) {
+    form.EFSegThreshold = Form().EFSegThreshold;
+    form.Message = why;
+  }
+  st.changegraph = true;
+}
+
+void EFSegLength_LostFocus(ComparisonState& st, Form& form) {
+  tracks::SegmentRule rule;
+  std::string why;
+  if (!tracks::parseMinLength(form.EFSegLength, rule, &why)) {
+    form.EFSegLength = Form().EFSegLength;
+    form.Message = why;
+  }
+  st.changegraph = true;
+}
+
+void CBShadeSegments_Action(ComparisonState& st, Form&) { st.changegraph = true; }
+
 void RadioButton1_Action(ComparisonState&, Form& form) {
   if (!form.RadioButton1) {
     form.CBSymetrie = false;

@@ -1,8 +1,12 @@
 // graph_controls.h -- the handlers of the Graphic and Pref tabs: when Graph runs, unit and size fields.
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "state/form.h"
 #include "state/state.h"
+#include "tracks/segments.h"
 
 namespace trelvane {
 
@@ -28,6 +32,14 @@ void EF_MaxX_LostFocus(ComparisonState& st, Form& form);     // flag
 // get the value, which the window then applies. Flag.
 void EFHeight_LostFocus(ComparisonState& st, Form& form);
 void EFwidth_LostFocus(ComparisonState& st, Form& form);
+// The rule of the conserved segments in EFSegThreshold and EFSegLength;
+// none, with why, where a field holds neither.
+std::optional<tracks::SegmentRule> segmentRule(const Form& form, std::string* why);
+// A text that is no threshold or length goes back to the default, with why
+// in Message. Flag.
+void EFSegThreshold_LostFocus(ComparisonState& st, Form& form);
+void EFSegLength_LostFocus(ComparisonState& st, Form& form);
+void CBShadeSegments_Action(ComparisonState& st, Form& form);  // flag
 // CBSymetrie's state only: nothing is drawn and changegraph is left alone.
 void RadioButton1_Action(ComparisonState& st, Form& form);
 // form.Width/Height hold the new size: the size fields follow, flag, and

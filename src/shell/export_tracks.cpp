@@ -3,6 +3,7 @@
 
 #include <fstream>
 
+#include "plots/graph_controls.h"
 #include "shell/window1.h"
 #include "tracks/bedgraph.h"
 #include "tracks/bigwig.h"
@@ -71,9 +72,14 @@ void Window1::FileExport_Action(Export what) {
       break;
     case Export::SegmentsBed:
     case Export::SegmentsTsv: {
-      const tracks::SegmentRule rule;
-      const auto threshold = tracks::thresholdScore(st, rule, &why);
-      const auto found = tracks::callSegments(st, rule, threshold.value_or(0));
+      // the rule of the Pref tab, as the shading calls them
+      const std::optional<tracks::SegmentRule> rule = segmentRule(form_, &why);
+      const std::optional<double> threshold = rule ? tracks::thresholdScore(st, *rule, &why) : std::nullopt;
+      if (!threshold) {
+        ok = false;
+        break;
+      }
+      const auto found = tracks::callSegments(st, *rule, *threshold);
       ok = writeText(*path, what == Export::SegmentsBed ? tracks::segmentsBed(st, found, o)
                                                          : tracks::segmentsTsv(st, found, o), &why);
       break;

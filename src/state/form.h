@@ -76,8 +76,12 @@ struct Form {
   bool CBMaxMin = true;
   std::string EF_MinX = "0";
   std::string EF_MaxX = "1";
-  // Conserved segments shaded under the profile (70 % over 100 positions).
+  // Conserved segments shaded under the profile, and the rule that calls
+  // them there and in File > Export: a fraction of the window or mean,
+  // mean+Ksd, max of the random expectation, over so many positions.
   bool CBShadeSegments = false;
+  std::string EFSegThreshold = "0.70";
+  std::string EFSegLength = "100";
 
   // Window
   int Width = 400;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cmath>
 
 #include "tracks/text.h"
@@ -58,6 +59,33 @@ bool parseAbove(std::string_view text, SegmentRule& rule, std::string* why) {
   if (res.ec != std::errc() || res.ptr != k.data() + k.size() || !std::isfinite(v) || v < 0) return false;
   rule.kind = SegmentRule::Kind::AboveMean;
   rule.sds = v;
+  return true;
+}
+
+bool parseThreshold(std::string_view text, SegmentRule& rule, std::string* why) {
+  if (!text.empty() && text[0] == 'm' && parseAbove(text, rule, why)) return true;
+  double v = 0;
+  const auto res = std::from_chars(text.data(), text.data() + text.size(), v, std::chars_format::fixed);
+  if (text.empty() || text[0] == '-' || text[0] == 'm' || res.ec != std::errc() ||
+      res.ptr != text.data() + text.size() || !(v >= 0) || v > 1) {
+    *why = "invalid threshold '" + std::string(text) +
+           "': expected a fraction from 0 to 1 (such as 0.70), mean, mean+Ksd (such as mean+3sd) or max";
+    return false;
+  }
+  rule.kind = SegmentRule::Kind::Identity;
+  rule.minIdentity = v;
+  return true;
+}
+
+bool parseMinLength(std::string_view text, SegmentRule& rule, std::string* why) {
+  int64_t v = 0;
+  const auto res = std::from_chars(text.data(), text.data() + text.size(), v);
+  if (text.empty() || text[0] == '-' || res.ec != std::errc() || res.ptr != text.data() + text.size() || v < 1 ||
+      v > INT32_MAX) {
+    *why = "invalid minimum length '" + std::string(text) + "': expected a whole number of positions from 1";
+    return false;
+  }
+  rule.minLength = v;
   return true;
 }
 

@@ -26,6 +26,12 @@ struct SegmentRule {
 // "mean", "mean+3sd", "mean+2.5sd", "max" into rule; false with why.
 bool parseAbove(std::string_view text, SegmentRule& rule, std::string* why);
 
+// One text for either threshold, as the window takes it: a fraction of the
+// window from 0 to 1 ("0.70"), or what parseAbove reads; false with why.
+bool parseThreshold(std::string_view text, SegmentRule& rule, std::string* why);
+// The least number of positions in a row, a whole number from 1; false with why.
+bool parseMinLength(std::string_view text, SegmentRule& rule, std::string* why);
+
 // The rule's threshold as a score; none, with why, where it needs a random
 // expectation that the run does not have.
 std::optional<double> thresholdScore(const ComparisonState& st, const SegmentRule& rule, std::string* why);

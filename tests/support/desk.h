@@ -47,7 +47,8 @@ namespace trelvane::testing {
   X(PupModelListIndex) X(PupModelEnabled) X(messModel) X(cells) X(Somme) X(Results) X(EFFrom) X(EFTo)              \
   X(ST_messGraph) X(PBDotEnabled) X(Canvas1Width) X(Canvas1Height) X(EFHeight) X(EFwidth) X(CBMovingShort)         \
   X(EFIdentities) X(EFSD) X(CBMaxIdent) X(CBUsePoint) X(CBUsePoint1) X(CBSymetrie) X(CBSymetrieEnabled) X(CBHOSD) \
-  X(RadioButton1) X(CBFreqIB) X(CBFreqIB1) X(CBMaxMin) X(EF_MinX) X(EF_MaxX) X(Width) X(Height)
+  X(RadioButton1) X(CBFreqIB) X(CBFreqIB1) X(CBMaxMin) X(EF_MinX) X(EF_MaxX) X(CBShadeSegments) X(EFSegThreshold)      \
+  X(EFSegLength) X(Width) X(Height)
 #define TRELVANE_STATE_FIELDS(X)                                                                                   \
   X(maxgraph) X(windgraph) X(m2) X(meangraph) X(sdgraph) X(nbbases) X(sumu2up) X(sumu2bas) X(m0) X(nbbases1) X(m1)  \
   X(osdgraph) X(omaxgraph) X(omeangraph) X(matrice) X(basesfreq) X(changegraph)
