@@ -11,47 +11,36 @@ _trelvane_cli() {
   COMPREPLY=()
 
   if ((COMP_CWORD == 1)); then
-    COMPREPLY=($(compgen -W 'compare cpg redraw check-update --help --version' -- "$cur"))
+    COMPREPLY=($(compgen -W 'compare cpg redraw stack batch check-update --help --version' -- "$cur"))
     return
   fi
 
-  local options values=
-  case ${COMP_WORDS[1]} in
-    compare | cpg)
-      options='--window --from --to --resamplings --identities
-        --long-complement --long-reverse --long-remove-n
-        --short-complement --short-reverse --short-remove-n --show-long --show-short
-        --model --aligned --report --rows --result --svg --pdf --png --dotplot
-        --seed --kernel --threads --quiet --help --version'
-      case $prev in
-        --kernel) values='auto scalar generic sse2 avx2 avx512' ;;
-        --model) values='identity tstv general' ;;
-        --to) values='max' ;;
-        --window | --from | --resamplings | --identities | --seed | --threads) return ;;
-      esac
-      ;;
-    redraw)
-      options='--long --window --cpg --size --default-format --mean-sd --unit --ymin --ymax
-        --no-maxmin --no-max-h0 --moving-average --from --to --svg --pdf --png --shapes --help --version'
-      case $prev in
-        --mean-sd) values='random observed symmetric' ;;
-        --unit) values='frequency number' ;;
-        --to) values='max' ;;
-        --window | --size | --ymin | --ymax | --from) return ;;
-      esac
-      ;;
-    check-update)
-      options='--site --timeout --help --version'
-      case $prev in
-        --site | --timeout) return ;;
-      esac
-      ;;
+  # The options are those the command's own --help lists, so they never fall behind it.
+  local command=${COMP_WORDS[1]} values=
+  case $command in
+    compare | cpg | redraw | stack | batch | check-update) ;;
     *) return ;;
+  esac
+  case $prev in
+    --kernel) values='auto scalar generic sse2 avx2 avx512' ;;
+    --model) values='identity tstv general' ;;
+    --to) values='max' ;;
+    --mean-sd) values='random observed symmetric' ;;
+    --unit) values='frequency number' ;;
+    --anchor) values='first centre' ;;
+    --coordinates) values='record run' ;;
+    --above) values='mean mean+2sd mean+3sd max' ;;
+    --window | --from | --resamplings | --identities | --seed | --threads | --size | --ymin | --ymax | \
+      --site | --timeout | --min-identity | --min-length | --chrom | --long-region | --short-region | \
+      --width | --floor | --name | --title | --seqid | --jobs | --island-length | --island-gc | --island-obs-exp)
+      return ;;
   esac
 
   if [[ -n $values ]]; then
     COMPREPLY=($(compgen -W "$values" -- "$cur"))
   elif [[ $cur == -* ]]; then
+    local options
+    options=$("${COMP_WORDS[0]}" "$command" --help 2>/dev/null | grep -o -- '--[a-z0-9][a-z0-9-]*' | sort -u)
     COMPREPLY=($(compgen -W "$options" -- "$cur"))
   else
     # sequence files, result files and outputs

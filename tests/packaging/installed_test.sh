@@ -71,9 +71,9 @@ completes() {  # completes EXPECTED WORD...: the words typed, the last one being
 }
 EXPECTED=compare check "completion: co" completes trelvane-cli co
 EXPECTED=$'avx2\navx512' check "completion: --kernel av" completes trelvane-cli compare --kernel av
-for command in compare redraw check-update; do
+for command in compare redraw stack batch check-update; do
   EXPECTED="$("$USR/bin/trelvane-cli" "$command" --help | grep -o -- '--[a-z0-9][a-z0-9-]*' | sort -u)"
-  check "completion: the options of $command" completes trelvane-cli "$command" x --
+  check "completion: the options of $command" completes "$USR/bin/trelvane-cli" "$command" x --
 done
 
 if ((failures)); then
