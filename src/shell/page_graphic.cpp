@@ -1,4 +1,5 @@
 // page_graphic.cpp -- the Graphic tab: the profile's canvas and range, and the drawing that Graph makes for it.
+#include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -35,6 +36,21 @@ void Window1::buildGraphicTab(QWidget* p) {
   bind_.text(to, &Form::EFTo);
   bind_.leave(to, [this] { graphHandler(EFTo_LostFocus); }, content_);
   setPixelSize(make_.label(p, "StaticText1_20", "Tip: You can resize this window", 24, 40, 315, 20, 0), 10);
+  // conserved segments: shaded under the profile, and File > Export's rule; beside the tip,
+  // over the drawing they change
+  bind_.check(make_.check(p, "CBShadeSegments", "Shade at", 185, 38, 72, 20, R), &Form::CBShadeSegments,
+              [this] { graphHandler(CBShadeSegments_Action); });
+  QLineEdit* threshold = make_.field(p, "EFSegThreshold", "0.70", 262, 37, 46, 22, R, 0, 12);
+  threshold->setToolTip(QStringLiteral(
+      "Segments: windows at or above this fraction of identities (0.70), or above the random expectation "
+      "(mean, mean+3sd, max), over at least the number of positions on the right"));
+  bind_.text(threshold, &Form::EFSegThreshold);
+  bind_.leave(threshold, [this] { graphHandler(EFSegThreshold_LostFocus); }, content_);
+  make_.label(p, "StaticText18", "over", 311, 38, 28, 20, R);
+  QLineEdit* length = make_.field(p, "EFSegLength", "100", 340, 37, 36, 22, R, 9, 0, true);
+  length->setToolTip(QStringLiteral("The least number of positions of a segment"));
+  bind_.text(length, &Form::EFSegLength);
+  bind_.leave(length, [this] { graphHandler(EFSegLength_LostFocus); }, content_);
   auto* mess = make_.label(p, "ST_messGraph", "", 24, 365, 343, 20, L | R | B);
   setPixelSize(mess, 10);
   setTextColor(mess, QColor(255, 0, 0));

@@ -18,18 +18,6 @@ void Window1::buildPrefTab(QWidget* p) {
   bind_.text(height, &Form::EFHeight);
   bind_.leave(height, [this] { sizeHandler(EFHeight_LostFocus); }, content_);
   make_.label(p, "StaticText1_0", "Window width", 16, 47, 85, 20, 0);
-  // conserved segments: shaded under the profile, and File > Export's rule
-  bind_.check(make_.check(p, "CBShadeSegments", "Shade segments at", 16, 18, 134, 20, 0), &Form::CBShadeSegments,
-              [this] { graphHandler(CBShadeSegments_Action); });
-  QLineEdit* threshold = make_.field(p, "EFSegThreshold", "0.70", 152, 17, 70, 22, 0, 0, 12);
-  threshold->setToolTip(QStringLiteral("A fraction of the window (0.70), or mean, mean+3sd, max of the random expectation"));
-  bind_.text(threshold, &Form::EFSegThreshold);
-  bind_.leave(threshold, [this] { graphHandler(EFSegThreshold_LostFocus); }, content_);
-  make_.label(p, "StaticText18", "over", 227, 18, 32, 20, 0);
-  QLineEdit* length = make_.field(p, "EFSegLength", "100", 261, 17, 56, 22, 0, 9, 0, true);
-  bind_.text(length, &Form::EFSegLength);
-  bind_.leave(length, [this] { graphHandler(EFSegLength_LostFocus); }, content_);
-  make_.label(p, "StaticText19", "positions", 321, 18, 59, 20, 0);
   make_.label(p, "StaticText1_1", "Height", 187, 47, 42, 20, 0);
   QLineEdit* width = make_.field(p, "EFwidth", "400", 106, 45, 69, 22, 0, 4, 4, true);
   bind_.text(width, &Form::EFwidth);
