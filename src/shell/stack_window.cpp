@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMessageBox>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
@@ -47,6 +48,7 @@ StackWindow::StackWindow(stack::StackResult result)
   canvas_->setObjectName(QStringLiteral("CanvasStack"));
   canvas_->setFixedSize(picture_.width, picture_.height);
   canvas_->setMouseTracking(true);
+  canvas_->installEventFilter(this);
   canvas_->draw = [this](QPainter& p) { plots::paintPicture(p, picture_); };
   canvas_->tip = [this](QPoint at) {
     const QString text = readOut(at);
@@ -75,6 +77,17 @@ StackWindow::StackWindow(stack::StackResult result)
   if (QScreen* screen = QGuiApplication::primaryScreen()) shown = shown.boundedTo(screen->availableGeometry().size());
   resize(shown);
 }
+
+// The line under the figure follows the pointer; the tooltip tells the same where it rests.
+bool StackWindow::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == canvas_ && event->type() == QEvent::MouseMove) {
+    const QString text = readOut(static_cast<QMouseEvent*>(event)->position().toPoint());
+    if (!text.isEmpty()) status_->setText(text);
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+QString StackWindow::statusText() const { return status_->text(); }
 
 StackWindow* StackWindow::open(const stack::StackRequest& request, QString* why) {
   stack::StackResult result;

@@ -26,7 +26,11 @@ class StackWindow : public QWidget {
   // reference, the identity and score, and how many SD above the random mean.
   QString readOut(QPoint at) const;
   const plots::Picture& picture() const { return picture_; }
+  QString statusText() const;
   PictureCanvas* canvas() const { return canvas_; }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   explicit StackWindow(stack::StackResult result);

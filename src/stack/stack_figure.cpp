@@ -244,6 +244,16 @@ bool buildStack(const StackRequest& request, StackResult& result, std::string* w
     chromKnown = chromKnown || panel.chromKnown;
     panels.push_back(std::move(panel));
   }
+  // Result files of a batch are all result.txt: names that would repeat
+  // take the folder's name, which names the pair.
+  std::vector<std::string> names;
+  for (const Panel& q : panels) names.push_back(q.shown.name);
+  for (std::size_t k = 0; k < panels.size(); ++k) {
+    if (!request.panels[k].name.empty()) continue;
+    const auto same = std::count(names.begin(), names.end(), names[k]);
+    const std::filesystem::path folder = std::filesystem::path(request.panels[k].path).parent_path().filename();
+    if (same > 1 && !folder.empty()) panels[k].shown.name = folder.string();
+  }
   if (lo > hi) {
     *why = "the panels hold no scored position";
     return false;
@@ -254,8 +264,6 @@ bool buildStack(const StackRequest& request, StackResult& result, std::string* w
     *why = "the range shown is empty: --to " + std::to_string(f.to) + " is not past --from " + std::to_string(f.from + 1);
     return false;
   }
-  const std::string& label = panels.front().reference.empty() ? result.chrom : panels.front().reference;
-  f.title = request.title.empty() ? "Identity along " + label : request.title;
 
   std::vector<annotation::GeneModel> models;
   if (request.annotation) {
@@ -272,6 +280,9 @@ bool buildStack(const StackRequest& request, StackResult& result, std::string* w
       f.genes.push_back(std::move(g));
     }
   }
+  // After the annotation, which may have named the reference.
+  const std::string& label = panels.front().reference.empty() ? result.chrom : panels.front().reference;
+  f.title = request.title.empty() ? "Identity along " + label : request.title;
   for (Panel& panel : panels) {
     for (const Piece& p : panel.pieces) {
       PanelSegment s{panel.shown.name, p.start, p.end, p.windows, p.meanIdentity, p.maxIdentity,

@@ -5,6 +5,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include <QApplication>
+#include <QMouseEvent>
+
 #include "shell/stack_window.h"
 #include "shell/widgets.h"
 #include "shell_fixture.h"
@@ -42,6 +45,10 @@ TEST(StackWindow, ThePointerReadsPositionIdentityAndDistanceFromTheRandomMean) {
   EXPECT_EQ(w->readOut({121, 130 + 40}), "mouse: position 2, identity 0.500, 0.0 SD above the random mean");
   EXPECT_EQ(w->readOut({60, 130 + 40}), "");   // the panel's name and scale
   EXPECT_EQ(w->readOut({500, 100}), "");       // the genes
+  // The line under the figure follows the pointer.
+  QMouseEvent move(QEvent::MouseMove, QPointF(548, 170), QPointF(548, 170), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+  QApplication::sendEvent(w->canvas(), &move);
+  EXPECT_EQ(w->statusText(), "mouse: position 501, identity 0.900, 8.0 SD above the random mean");
   w->close();
 
   request.panels = {{write("empty.bedGraph", "track name=x\n"), ""}};
