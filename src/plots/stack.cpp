@@ -12,7 +12,7 @@ namespace {
 constexpr int kLeft = 120, kRight = 24;    // room for the names and the scale; the right margin
 constexpr int kTop = 52;                   // below the title and the legend
 constexpr int kGenesHeight = 74;           // the annotation track
-constexpr int kPanelHeight = 96, kPanelGap = 18;
+constexpr int kPanelHeight = 96, kPanelGap = 22;
 constexpr int kAxisHeight = 44;
 
 const RGB kBlack{0, 0, 0}, kFrame{170, 170, 170}, kGene{40, 40, 40};
@@ -141,8 +141,9 @@ void panel(Group2D& g, const StackFigure& f, const StackPanel& p, const Axis& a,
     line(g, a.left - 4, row(v), a.left, row(v), kBlack);
     text(g, a.left - 30, row(v) + 4, shortNumber(v), 10);
   }
-  text(g, 8, top + 16, p.name, 12, true);
-  if (!f.unit.empty()) text(g, 8, top + 32, f.unit, 10);
+  // The name above the panel, where a long one has the figure's width.
+  text(g, a.left, top - 4, p.name, 12, true);
+  if (!f.unit.empty()) text(g, 8, top + kPanelHeight / 2 + 4, f.unit, 10);
 
   // The curve: the highest value of each pixel column, joined; the pen
   // lifts over columns without a value.
