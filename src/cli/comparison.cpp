@@ -191,6 +191,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   form.CBRemoveN1 = o.shortRemoveN;
   form.Region0 = o.longRegion.value_or("");
   form.Region1 = o.shortRegion.value_or("");
+  form.AxisInRecord = o.coordinates == Coordinates::Record;
   if (cpg) {
     form.CBCPG = true;
     CBCPG_Action(st, form);
