@@ -36,21 +36,19 @@ std::string letters(std::size_t n, unsigned seed, std::size_t nEvery = 0) {
 struct RunTexts {
   RunOutcome out;
   std::string clipboard;
-  int clipboardCalls = 0;
+  int clipboardCalls;
 };
 
-RunTexts runOn(const std::string& lg, const std::string& sh, RunSettings s) {
+RunTexts runOn(const std::string& lg, const std::string& sh, const RunSettings& s) {
   ComparisonState st;
   st.open();
   st.m0 = blockOf(lg);
   st.nbbases = static_cast<int32_t>(lg.size());
-  if (!sh.empty()) {
-    st.m1 = blockOf(sh);
-    st.nbbases1 = static_cast<int32_t>(sh.size());
-  }
+  st.m1 = blockOf(sh);
+  st.nbbases1 = static_cast<int32_t>(sh.size());
   RecordingHost host(st, -1);
-  RunTexts r{rumcompute(st, s, host), host.clipboard, host.clipboardCalls};
-  return r;
+  RunOutcome out = rumcompute(st, s, host);
+  return {std::move(out), host.clipboard, host.clipboardCalls};
 }
 
 struct SinkCase {
