@@ -1,9 +1,8 @@
 // comparison.cpp -- compare and cpg: the window's fields filled in a user's order, one run, the outputs.
 #include <unistd.h>
 
-#include <cstdio>
 #include <charconv>
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <optional>
