@@ -1,8 +1,8 @@
 // comparison.cpp -- compare and cpg: the window's fields filled in a user's order, one run, the outputs.
 #include <unistd.h>
 
+#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -18,6 +18,7 @@
 #include "cli/console_host.h"
 #include "cli/interrupt.h"
 #include "cli/options.h"
+#include "cli/output_spool.h"
 #include "plots/picture_qt.h"
 #include "state/form.h"
 #include "engine/run.h"
@@ -141,26 +142,24 @@ bool splitRegions(ComparisonOptions& o, const Console& console, int& status) {
   return true;
 }
 
-// The rows with each position in the record's own coordinates ("-" where a
-// position holds no base of the record); the head before "#" unchanged.
-std::string rowsInRecordCoordinates(const std::string& rows, const SequenceOrigin& origin) {
-  const std::size_t hash = rows.find("\n#\n");
-  if (hash == std::string::npos) return rows;
-  std::string out = rows.substr(0, hash + 3);
-  for (std::size_t at = hash + 3; at < rows.size();) {
+// Rows with each position in the record's own coordinates ("-" where a
+// position holds no base of the record), appended to out.
+void appendRowsInRecordCoordinates(std::string& out, std::string_view rows, const SequenceOrigin& origin) {
+  for (std::size_t at = 0; at < rows.size();) {
     std::size_t end = rows.find('\n', at);
-    end = end == std::string::npos ? rows.size() : end + 1;
+    end = end == std::string_view::npos ? rows.size() : end + 1;
     const std::size_t tab = rows.find('\t', at);
-    if (tab == std::string::npos || tab >= end) {
+    if (tab == std::string_view::npos || tab >= end) {
       out.append(rows, at, end - at);
     } else {
-      const std::optional<int64_t> pos = recordPosition(origin, std::atoll(rows.c_str() + at));
+      int64_t run = 0;
+      std::from_chars(rows.data() + at, rows.data() + tab, run);
+      const std::optional<int64_t> pos = recordPosition(origin, run);
       out += pos ? std::to_string(*pos) : "-";
       out.append(rows, tab, end - tab);
     }
     at = end;
   }
-  return out;
 }
 
 }  // namespace
@@ -197,6 +196,7 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
   form.CBRemoveN1 = o.shortRemoveN;
   form.Region0 = o.longRegion.value_or("");
   form.Region1 = o.shortRegion.value_or("");
+  form.AxisInRecord = o.coordinates == Coordinates::Record;
   if (cpg) {
     form.CBCPG = true;
     CBCPG_Action(st, form);
@@ -261,6 +261,24 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
     settings.resultPath = staging->path();
   }
 
+  // The rows and the report go to their files as the run makes them.
+  std::optional<OutputSpool> rowsSpool, reportSpool;
+  if (o.rows) {
+    OutputSpool::Rewrite rewrite;
+    if (o.coordinates == Coordinates::Record)
+      rewrite = [&st](std::string& out, std::string_view rows) {
+        appendRowsInRecordCoordinates(out, rows, st.origin[0]);
+      };
+    rowsSpool.emplace(*o.rows, "rows", std::move(rewrite));
+    if (!rowsSpool->open(&error)) return badInput(console, error);
+    settings.rowsSink = &*rowsSpool;
+  }
+  if (o.report) {
+    reportSpool.emplace(*o.report, "report");
+    if (!reportSpool->open(&error)) return badInput(console, error);
+    settings.reportSink = &*reportSpool;
+  }
+
   ConsoleHost host(st, form, console, console.errIsTerminal && !o.quiet, hook);
   RunOutcome outcome;
   {
@@ -286,15 +304,11 @@ int comparison(bool cpg, const std::vector<std::string>& args, const Console& co
 
   // The outputs, in a fixed order (several may go to standard output).
   auto fail = [&](const std::string& why) { status = badInput(console, why); };
-  if (o.report && !writeOutput(console, *o.report, form.Results, &error)) fail(error);
-  if (o.rows) {
-    if (!host.hasClipboard())
+  if (reportSpool && !reportSpool->commit(console, {}, &error)) fail(error);
+  if (rowsSpool) {
+    if (outcome.noRows)
       fail("the run gave no rows: " + *o.rows + " was not written");
-    else if (!writeOutput(console, *o.rows,
-                          o.coordinates == Coordinates::Record
-                              ? rowsInRecordCoordinates(host.clipboard(), st.origin[0])
-                              : host.clipboard(),
-                          &error))
+    else if (!rowsSpool->commit(console, outcome.rowsHead, &error))
       fail(error);
   }
   if (o.result) {

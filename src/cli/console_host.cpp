@@ -1,4 +1,4 @@
-// console_host.cpp -- progress on standard error, the EFAnaTo rewrite, the clipboard text.
+// console_host.cpp -- progress on standard error, the EFAnaTo rewrite.
 #include "cli/console_host.h"
 
 #include <utility>
@@ -48,11 +48,6 @@ void ConsoleHost::doEvents() {
 
 void ConsoleHost::setEFAnaTo(const std::string& text) {
   if (setFieldText(form_.EFAnaTo, text)) EFAnaTo_TextChange(st_, form_);
-}
-
-void ConsoleHost::setClipboard(std::string text) {
-  clipboard_ = std::move(text);
-  hasClipboard_ = true;
 }
 
 void ConsoleHost::render() {

@@ -1,4 +1,4 @@
-// console_host.h -- the RunHost of trelvane-cli: stage and bar on a terminal, the clipboard kept.
+// console_host.h -- the RunHost of trelvane-cli: stage and bar on a terminal.
 #pragma once
 
 #include <functional>
@@ -16,7 +16,8 @@ namespace trelvane::cli {
 using DoEventsHook = std::function<void(ComparisonState&)>;
 
 // Answers the run directly on the calling thread. Stage texts also go to
-// form.Message, as in the window; the rows of the clipboard are kept here.
+// form.Message, as in the window. The rows go to their file through a sink,
+// never through the clipboard.
 class ConsoleHost : public RunHost {
  public:
   ConsoleHost(ComparisonState& st, Form& form, const Console& console, bool showProgress,
@@ -26,13 +27,11 @@ class ConsoleHost : public RunHost {
   void progress(int value, int maximum) override;
   void doEvents() override;
   void setEFAnaTo(const std::string& text) override;
-  void setClipboard(std::string text) override;
+  void setClipboard(std::string) override {}
 
   // Ends the progress line, if one is showing.
   void finish();
 
-  bool hasClipboard() const { return hasClipboard_; }
-  const std::string& clipboard() const { return clipboard_; }
   const std::string& lastMessage() const { return lastMessage_; }
 
  private:
@@ -47,8 +46,6 @@ class ConsoleHost : public RunHost {
   int percent_ = -1;
   bool lineOpen_ = false;
   bool stopAnnounced_ = false;
-  bool hasClipboard_ = false;
-  std::string clipboard_;
   std::string lastMessage_;
 };
 

@@ -47,6 +47,9 @@ const char kRedrawHelp[] =
     "  --no-max-h0           no line at the maximum under the random distribution\n"
     "  --moving-average      moving average over the length of the shortest sequence\n"
     "  --from T, --to T      the first and last position shown (0-based; max)\n"
+    "  --coordinates record|run   label the positions by the longest sequence's\n"
+    "                        record (a result with a Long origin= line) or along\n"
+    "                        the run (default run)\n"
     "  --svg FILE, --pdf FILE, --png FILE\n"
     "                        the drawing ('-' is standard output)\n"
     "  --shapes FILE         the shapes of the drawing as text lines\n"
@@ -68,6 +71,7 @@ struct RedrawOptions {
   bool defaultFormat = false;
   std::string meanSd = "random";
   std::string unit = "frequency";
+  std::string coordinates = "run";
   std::optional<std::string> ymin, ymax;
   bool noMaxMin = false, noMaxH0 = false, movingAverage = false;
   std::optional<std::string> from, to;
@@ -118,6 +122,11 @@ bool parse(const std::vector<std::string>& args, RedrawOptions& o, std::string* 
                    }});
 
   addTrackOptions(table, o.tracks, TrackCommand::Redraw);
+  table.push_back({"coordinates", 1, [&o](const std::vector<std::string>& v) {
+                     o.coordinates = v[0];
+                     o.tracks.track.recordCoordinates = v[0] == "record";
+                     return oneOf("coordinates", v[0], {"record", "run"});
+                   }});
 
   CommandLine line;
   if (!parseCommandLine(args, table, line, error)) return false;
@@ -199,6 +208,12 @@ int runRedraw(const std::vector<std::string>& args, const Console& console) {
 
   const std::string why = litprevious(st, form, *o.result, graph);
   if (!why.empty()) return bad("cannot read " + *o.result + ": " + why);
+
+  if (o.coordinates == "record") {
+    if (!st.origin[0].known())
+      return bad(*o.result + " tells no origin of its longest sequence: --coordinates record needs a run on a record or region, or --long FILE");
+    form.AxisInRecord = true;
+  }
 
   // 2. window size and CpG mode
   typeInto(form.EFWS, o.window, [&] { EFWS_LostFocus(form); });

@@ -233,8 +233,16 @@ void finishRun(RunContext& c, RunOutcome& out) {
   std::string head = block + "#";
   head += EndOfLine;
   out.noRows = c.rows.empty();
-  // The rows are moved into the clipboard's text, not copied: megabytes.
-  if (c.s.CBClipboard && !out.noRows) c.host.setClipboard(c.rows.take(head));
+  // The rows are moved into the clipboard's text, not copied: megabytes. Rows
+  // that went to a sink as they came are followed there by the last ones.
+  if (c.s.CBClipboard && !out.noRows) {
+    if (c.s.rowsSink) {
+      c.rows.spill();
+      out.rowsHead = head;
+    } else {
+      c.host.setClipboard(c.rows.take(head));
+    }
+  }
   if (c.s.CBFile && c.s.resultPath && !out.noRows) {
     out.resultError = writeResultFile(*c.s.resultPath, head, c.st.m2.cstringAt(0));
     out.resultWritten = out.resultError.empty();

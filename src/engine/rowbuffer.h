@@ -2,9 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include "engine/text_sink.h"
 
 namespace trelvane {
 
@@ -12,7 +15,8 @@ namespace trelvane {
 // on by the row's length, so the next row overwrites that zero. The text of
 // the buffer is its bytes up to the first zero byte: a row that holds a zero
 // byte itself ends the text there, although rowpos goes on. The buffer grows
-// as needed instead of holding a fixed 30 bytes per base.
+// as needed instead of holding a fixed 30 bytes per base. With a sink, the
+// rows written go to it a megabyte at a time, cut as the text is cut.
 class RowBuffer {
  public:
   RowBuffer() { bytes_.push_back('\0'); }
@@ -24,6 +28,7 @@ class RowBuffer {
   void endRow() {
     rowpos_ = bytes_.size();
     bytes_.push_back('\0');
+    if (sink_ && rowpos_ >= kSpillBytes) spill();
   }
   // Starts a row at rowpos: drops the zero byte that stands there.
   void beginRow() { bytes_.resize(rowpos_); }
@@ -48,12 +53,30 @@ class RowBuffer {
 
   // Room for `bytes` of rows at once, so that the text is not copied each
   // time it doubles; the pages not written are never touched.
-  void reserve(std::size_t bytes) { bytes_.reserve(bytes); }
+  void reserve(std::size_t bytes) {
+    if (!sink_) bytes_.reserve(bytes);
+  }
+
+  // From now on, the rows ended go to sink instead of staying here.
+  void streamTo(TextSink* sink) { sink_ = sink; }
+  // The rows ended so far into the sink, up to the text's first zero byte;
+  // nothing more once that byte has been met.
+  void spill() {
+    if (!cut_) {
+      const void* zero = std::memchr(bytes_.data(), '\0', rowpos_);
+      const std::size_t n = zero ? static_cast<std::size_t>(static_cast<const char*>(zero) - bytes_.data()) : rowpos_;
+      if (n > 0) sink_->write(std::string_view(bytes_.data(), n));
+      spilled_ += n;
+      cut_ = zero != nullptr;
+    }
+    bytes_.assign(1, '\0');
+    rowpos_ = 0;
+  }
 
   std::size_t rowpos() const { return rowpos_; }
   // The bytes up to the first zero byte.
   std::string_view text() const { return std::string_view(bytes_.c_str()); }
-  bool empty() const { return bytes_.front() == '\0'; }
+  bool empty() const { return spilled_ == 0 && (cut_ || bytes_.front() == '\0'); }
   // text(), moved out with room for `before` bytes in front; the buffer is
   // left empty.
   std::string take(std::string_view before) {
@@ -69,6 +92,9 @@ class RowBuffer {
  private:
   std::string bytes_;  // the rows, then the zero byte at rowpos_
   std::size_t rowpos_ = 0;
+  TextSink* sink_ = nullptr;
+  std::size_t spilled_ = 0;  // bytes of the text gone to the sink
+  bool cut_ = false;         // the text's zero byte has gone by
 };
 
 }  // namespace trelvane

@@ -57,6 +57,19 @@ void RunContext::testTextLimit() const {
        ", the most this machine's memory allows: " + remedy(s));
 }
 
+void RunContext::spillTexts(bool all) {
+  if (s.reportSink && (all || report.size() >= kSpillBytes)) {
+    s.reportSink->write(report);
+    reportSpilled += report.size();
+    report.clear();
+  }
+  for (const TextSink* sink : {s.rowsSink, s.reportSink})
+    if (sink && !sink->failure().empty()) {
+      fail(sink->failure());
+      return;
+    }
+}
+
 bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total) {
   c.host.doEvents();
   if (++counter >= progressstep) {
@@ -64,6 +77,7 @@ bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int
     c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
     counter = 0;
   }
+  c.spillTexts();
   c.testTextLimit();
   return c.stopAsked();
 }
@@ -100,6 +114,7 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
     return out;
   }
   RunContext c(st, s, host);
+  if (s.CBClipboard) c.rows.streamTo(s.rowsSink);
 
   // 1-2: flags; tielist holds the filling text of m2 and is not cleared
   st.changegraph = true;
@@ -202,21 +217,22 @@ RunOutcome rumcompute(ComparisonState& st, const RunSettings& s, RunHost& host) 
     stage(h0Scan);
   }
 
+  out.listingEnd = c.reportSpilled + c.report.size();
+  if (!st.askclose) {
+    try {
+      finishRun(c, out);
+    } catch (const std::bad_alloc&) {
+      out.stopped = true;
+      out.failure = outOfMemoryText(s);
+    }
+    // The last bytes into the sinks: a write that fails there fails the run.
+    c.spillTexts(true);
+  }
   if (st.askclose) {
     out.stopped = true;
-    out.failure = c.failure();
-    out.listingEnd = c.report.size();
-    out.report = std::move(c.report);
-    return out;
+    if (out.failure.empty()) out.failure = c.failure();
   }
-  out.listingEnd = c.report.size();
-  try {
-    finishRun(c, out);
-  } catch (const std::bad_alloc&) {
-    out.stopped = true;
-    out.failure = outOfMemoryText(s);
-  }
-  out.report = std::move(c.report);
+  if (!s.reportSink) out.report = std::move(c.report);
   return out;
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "engine/text_sink.h"
 #include "state/form.h"
 #include "state/state.h"
 
@@ -44,6 +45,14 @@ struct RunSettings {
   // The most bytes the run's texts (the report and the rows) may hold; past
   // it the run stops with a failure that says so. 0 for no bound.
   uint64_t textLimit = 0;
+  // Where the rows (of a run with CBClipboard) and the report go as the run
+  // makes them; none keeps them in memory, as the window does. A rows sink
+  // takes the rows alone: the clipboard is not set, and the head that goes
+  // before them is RunOutcome::rowsHead. A report sink takes the whole
+  // report: RunOutcome::report stays empty. A sink that fails to write
+  // fails the run.
+  TextSink* rowsSink = nullptr;
+  TextSink* reportSink = nullptr;
 
   // The controls of the form, with a seed from the clock; resultPath and
   // progressWidth are the window's to fill in.
@@ -84,6 +93,7 @@ struct RunOutcome {
   // lines follow from here.
   std::size_t listingEnd = 0;
   std::string report;          // the text for Results
+  std::string rowsHead;        // with a rows sink: the clipboard text's head, up to "#"
   // The result properties (set on the window only when not stopped).
   int32_t windgraph = 0;
   float maxgraph = 0, meangraph = 0, sdgraph = 0;

@@ -90,6 +90,7 @@ struct RunContext {
   // and forth.
   alignas(64) RowBuffer rows;
   std::string report;
+  std::size_t reportSpilled = 0;  // bytes of the report gone to its sink
   ScoreSums profile;
   // the texts of the best scores written into rows
   ScoreTexts scoreTexts;
@@ -118,6 +119,9 @@ struct RunContext {
   std::string failure() const;
   // Fails the run once its texts pass the bound of the settings.
   void testTextLimit() const;
+  // The report into its sink once it holds kSpillBytes (all of it with
+  // `all`); a sink that failed to write fails the run.
+  void spillTexts(bool all = false);
 
   // The len bytes of a block from off, for reading: a pointer into the block
   // (or its zero padding), or a copy read through get() when the window lies

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <optional>
+#include <string>
 
 #include "state/profile.h"
 #include "platform/numtext.h"
@@ -133,6 +135,13 @@ void readRange(const ComparisonState& st, Form& form, Scale& sc) {
 
 // Y axis, Y ticks in the chosen unit, the final scale in identities, X axis
 // and both rows of X ticks.
+// The label of 0-based position i on the X axis.
+std::string positionLabel(const ComparisonState& st, const Form& form, int64_t i) {
+  if (!form.AxisInRecord || !st.origin[0].known()) return Str(i);
+  const std::optional<int64_t> pos = recordPosition(st.origin[0], i + 1);
+  return pos ? Str(*pos) : "-";
+}
+
 void drawAxes(const ComparisonState& st, const Form& form, Scale& sc, Group2D& g) {
   line(g, 29, 20, 29, sc.ybase, kBlack);
 
@@ -188,7 +197,7 @@ void drawAxes(const ComparisonState& st, const Form& form, Scale& sc, Group2D& g
   for (int64_t i = toInt64(sc.posfrom); static_cast<double>(i) <= sc.posto; i = nextTick(i, majorstep)) {
     double x = sc.column(static_cast<double>(i));
     line(g, x, sc.ybase, x, static_cast<double>(sc.ybase) + 5, kBlack);
-    label(g, x, sc.canvasHeight - 2, Str(static_cast<int64_t>(i)));
+    label(g, x, sc.canvasHeight - 2, positionLabel(st, form, i));
   }
 }
 

@@ -66,6 +66,9 @@ void Window1::buildFileTab(QWidget* p) {
     box = make_.add(new QComboBox(side == 0 ? GBLong : GBShort), side == 0 ? "Region0" : "Region1", 255,
                     side == 0 ? 131 : 284, 110, 20, R);
     box->setEditable(true);
+    // A typed region is read, not added to the records: one that cannot be
+    // read would stay in the list.
+    box->setInsertPolicy(QComboBox::NoInsert);
     box->setToolTip(QStringLiteral("Record or region read (NAME, NAME:FROM-TO); empty joins every record"));
     box->setVisible(false);
     connect(box, &QComboBox::activated, this, [this, side] { chooseRegion(side); });
@@ -123,6 +126,8 @@ void Window1::chooseRegion(int side) {
   std::string& region = side == 0 ? form_.Region0 : form_.Region1;
   const std::string before = region;
   region = fromQ((side == 0 ? Region0 : Region1)->currentText().trimmed());
+  // Return on a record's name also activates its item: one reading is enough.
+  if (region == before) return;
   const std::string why = openFile(*st_, form_, side == 0 ? Route::BevelButton0 : Route::BevelButton1,
                                    st_->f[side], [this] { graph(); });
   // A region that cannot be read leaves the chooser at the one read before.

@@ -61,6 +61,10 @@ struct Form {
   bool PBDotEnabled = false;
   int Canvas1Width = 352;
   int Canvas1Height = 250;
+  // The X labels in the longest sequence's record coordinates: each
+  // labelled position as its record numbers the base there ("-" where it
+  // holds none), instead of the run's 0-based offset.
+  bool AxisInRecord = false;
 
   // Pref tab
   std::string EFHeight = "450";

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QLineEdit>
@@ -108,7 +109,9 @@ class ShellTest : public ::testing::Test {
   }
   // Text typed into a field, then the focus moved away.
   void typeInto(const char* name, const QString& text) {
-    auto* e = find<QLineEdit>(name);
+    // an editable combo box is typed into through its line
+    auto* combo = find<QComboBox>(name);
+    auto* e = combo ? combo->lineEdit() : find<QLineEdit>(name);
     ASSERT_NE(e, nullptr) << name;
     e->setFocus(Qt::OtherFocusReason);
     e->selectAll();

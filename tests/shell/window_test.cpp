@@ -40,7 +40,8 @@ std::string describe(QWidget* w, QWidget* content) {
   if (auto* b = qobject_cast<QAbstractButton*>(w)) s += text(b->text()) + (b->isCheckable() ? b->isChecked() ? " on" : " off" : "");
   if (auto* l = qobject_cast<QLabel*>(w)) s += text(l->text());
   if (auto* p = qobject_cast<QPlainTextEdit*>(w)) s += text(p->toPlainText());
-  if (auto* c = qobject_cast<QComboBox*>(w)) s += " #" + std::to_string(c->currentIndex());
+  if (auto* c = qobject_cast<QComboBox*>(w))
+    s += " #" + std::to_string(c->currentIndex()) + (c->isEditable() ? text(c->currentText()) : "");
   if (auto* g = qobject_cast<QGroupBox*>(w)) s += text(g->title());
   if (auto* p = qobject_cast<QProgressBar*>(w)) s += " " + std::to_string(p->value()) + "/" + std::to_string(p->maximum());
   if (auto* t = qobject_cast<QTabWidget*>(w)) s += " tab " + std::to_string(t->currentIndex());
@@ -131,9 +132,12 @@ TEST_P(WindowScript, GivesItsTranscript) {
 #undef TRELVANE_SET
          w().refresh();
        }},
-      {"choice", [&](Desk&, const std::string& v, std::ostream&) {  // a choice in PupModel
-         w().PupModel->setCurrentIndex(std::stoi(v));
-         emit w().PupModel->activated(std::stoi(v));
+      {"choice", [&](Desk&, const std::string& v, std::ostream&) {  // a choice in PupModel, or in the combo box named before N
+         const std::size_t space = v.find(' ');
+         auto* box = space == std::string::npos ? w().PupModel : static_cast<QComboBox*>(widget(v.substr(0, space)));
+         const int n = std::stoi(space == std::string::npos ? v : v.substr(space + 1));
+         box->setCurrentIndex(n);
+         emit box->activated(n);
        }},
       {"clipboard", [&](Desk&, const std::string& v, std::ostream&) { QGuiApplication::clipboard()->setText(QString::fromStdString(v)); }},
       {"menu", [&](Desk&, const std::string& v, std::ostream&) { w().menuBar()->findChild<QAction*>(QString::fromStdString(v))->trigger(); }},

@@ -1,0 +1,128 @@
+// output_spool.cpp -- spooling an output beside its target, then renaming it or copying it out.
+#include "cli/output_spool.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+namespace trelvane::cli {
+
+namespace {
+
+std::string cannotWrite(const std::string& name) {
+  return (name == "-" ? std::string("cannot write to standard output") : "cannot write " + name) +
+         ": " + std::strerror(errno);
+}
+
+// A target written in place through a temporary spool: standard output, or
+// something that exists and is no regular file (a device, a pipe).
+bool writtenInPlace(const std::string& target) {
+  if (target == "-") return true;
+  std::error_code ec;
+  const auto status = std::filesystem::status(target, ec);
+  return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
+}  // namespace
+
+OutputSpool::OutputSpool(std::string target, std::string tag, Rewrite rewrite)
+    : target_(std::move(target)), rewrite_(std::move(rewrite)) {
+  if (writtenInPlace(target_)) return;
+  path_ = stagingPathFor(target_) + "." + tag;
+  headPath_ = path_ + "-head";
+}
+
+OutputSpool::~OutputSpool() {
+  if (file_) std::fclose(file_);
+  if (!path_.empty()) removeQuietly(path_);
+  if (!headPath_.empty()) removeQuietly(headPath_);
+}
+
+bool OutputSpool::open(std::string* why) {
+  if (!path_.empty()) removeQuietly(path_);
+  file_ = path_.empty() ? std::tmpfile() : std::fopen(path_.c_str(), "w+b");
+  if (file_) return true;
+  *why = path_.empty() ? std::string("cannot create a temporary file for ") + target_ + ": " +
+                             std::strerror(errno)
+                       : cannotWrite(target_);
+  return false;
+}
+
+void OutputSpool::write(std::string_view bytes) {
+  if (!failure_.empty() || !file_) return;
+  if (rewrite_) {
+    rewritten_.clear();
+    rewrite_(rewritten_, bytes);
+    bytes = rewritten_;
+  }
+  if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) failure_ = cannotWrite(target_);
+}
+
+bool OutputSpool::copyInto(std::FILE* to, std::string_view head, const std::string& name,
+                           std::string* why) {
+  bool ok = std::fwrite(head.data(), 1, head.size(), to) == head.size();
+  std::vector<char> buf(std::size_t{1} << 20);
+  std::size_t n;
+  while (ok && (n = std::fread(buf.data(), 1, buf.size(), file_)) > 0)
+    ok = std::fwrite(buf.data(), 1, n, to) == n;
+  ok = ok && !std::ferror(file_) && std::fflush(to) == 0;
+  if (!ok) *why = cannotWrite(name);
+  return ok;
+}
+
+bool OutputSpool::commit(const Console& c, std::string_view head, std::string* why) {
+  if (!failure_.empty()) {
+    *why = failure_;
+    return false;
+  }
+  if (std::fflush(file_) != 0) {
+    *why = cannotWrite(target_);
+    return false;
+  }
+  std::rewind(file_);
+  std::error_code ec;
+  if (path_.empty()) {
+    // Standard output, or a device opened as any output is.
+    if (target_ == "-") return copyInto(c.out, head, "-", why);
+    std::FILE* to = std::fopen(target_.c_str(), "wb");
+    if (!to) {
+      *why = cannotWrite(target_);
+      return false;
+    }
+    bool ok = copyInto(to, head, target_, why);
+    if (std::fclose(to) != 0 && ok) {
+      *why = cannotWrite(target_);
+      ok = false;
+    }
+    return ok;
+  }
+  std::string from = path_;
+  if (!head.empty()) {
+    // The head is known at the end of the run only: it and the spool are
+    // joined into a second file beside the target.
+    std::FILE* to = std::fopen(headPath_.c_str(), "wb");
+    if (!to) {
+      *why = cannotWrite(target_);
+      return false;
+    }
+    bool ok = copyInto(to, head, target_, why);
+    if (std::fclose(to) != 0 && ok) {
+      *why = cannotWrite(target_);
+      ok = false;
+    }
+    if (!ok) return false;
+    from = headPath_;
+  }
+  std::fclose(file_);
+  file_ = nullptr;
+  std::filesystem::rename(from, target_, ec);
+  if (ec) {
+    *why = "cannot write " + target_ + ": " + ec.message();
+    return false;
+  }
+  return true;
+}
+
+}  // namespace trelvane::cli
