@@ -154,6 +154,9 @@ struct RowKernels {
   // no score: -infinity (or the lowest value of an integer lane)
   static constexpr Score kNone = std::numeric_limits<Score>::has_infinity ? -std::numeric_limits<Score>::infinity()
                                                                           : std::numeric_limits<Score>::lowest();
+  // Whole numbers: the two columns of a step come as one, their difference
+  // (see ScanColumns), the sum exact in any order.
+  static constexpr bool kPaired = !std::is_floating_point_v<Score>;
   static_assert(L >= 1 && (L & (L - 1)) == 0 && kScanBlock % (2 * L) == 0);
   static_assert(L % BL == 0 && BL * static_cast<int64_t>(sizeof(Score)) <= kBlockMaxBytes && kMatchSpan % L == 0 &&
                 64 % BL == 0);
@@ -162,12 +165,17 @@ struct RowKernels {
   // -- cell by cell: the starts that no whole vector covers --
 
   // next[j] = (prev[j-1] - leave[j-1]) + enter[j], rounded to Single after
-  // each operation; best becomes the greater of itself and the new score.
+  // each operation (paired: prev[j-1] + leave[j]); best becomes the greater of itself and the new score.
   [[gnu::always_inline]] static void stepCells(const Score* prev, Score* next, int64_t lo, int64_t hi,
                                                const Score* leave, const Score* enter, Score& best) {
     for (int64_t j = lo; j <= hi; ++j) {
-      Score s = prev[j - 1] - leave[j - 1];
-      s = s + enter[j];
+      Score s;
+      if constexpr (kPaired) {
+        s = static_cast<Score>(prev[j - 1] + leave[j]);
+      } else {
+        s = prev[j - 1] - leave[j - 1];
+        s = s + enter[j];
+      }
       next[j] = s;
       best = s > best ? s : best;
     }
@@ -186,10 +194,13 @@ struct RowKernels {
 
   // Starts j0 to j0 + L - 1, j0 a multiple of L, from shifted =
   // prev[j0-1 .. j0+L-2]: leave[j0-1 ..] holds the cells of the leaving
-  // base, enter[j0 ..] those of the entering one.
+  // base, enter[j0 ..] those of the entering one (paired: leave[j0 ..] their
+  // differences).
   [[gnu::always_inline]] static Vec step(Vec shifted, Score* next, const Score* leave, const Score* enter,
                                          int64_t j0) {
-    const Vec s = Ops::add(Ops::sub(shifted, Ops::load(leave + j0 - 1)), Ops::load(enter + j0));
+    Vec s;
+    if constexpr (kPaired) s = Ops::add(shifted, Ops::load(leave + j0));
+    else s = Ops::add(Ops::sub(shifted, Ops::load(leave + j0 - 1)), Ops::load(enter + j0));
     Ops::store(next + j0, s);
     return s;
   }
