@@ -224,14 +224,27 @@ struct RowKernels {
 
   // The starts lo to hi of a block cut at either end (block 0 starts at 1;
   // the last ends at lastshort): the starts outside whole groups one by one,
-  // their greatest score in lane 0.
+  // their greatest score in lane 0. Integer lanes read prev[-1] for start 1.
   static Vec partOfBlock(const Score* prev, Score* next, int64_t lo, int64_t hi, const Score* leave,
                          const Score* enter) {
     Score edge = kNone;
-    const int64_t firstGroup = (lo + L - 1) & ~(L - 1);
-    stepCells(prev, next, lo, std::min(firstGroup - 1, hi), leave, enter, edge);
     Vec acc = Ops::splat(kNone);
-    int64_t j = firstGroup;
+    int64_t j = (lo + L - 1) & ~(L - 1);
+    if constexpr (kPaired) {
+      if (lo == 1 && hi >= L - 1) {
+        // The first group whole, start 0 with it, whose score is put back
+        // and taken into the maximum: it is the step's start, which every
+        // reader of the maxima takes as well. One vector instead of L - 1
+        // cells one by one, on every row.
+        const Score start = next[0];
+        step(Ops::shiftIn(Ops::prevLoad(prev, 0), Ops::prevLoad(prev, -L)), next, leave, enter, 0);
+        next[0] = start;
+        acc = Ops::loadAny(next);
+        j = L;
+      }
+    }
+    const int64_t firstGroup = j;
+    stepCells(prev, next, lo, std::min(firstGroup - 1, hi), leave, enter, edge);
     for (; j + L - 1 <= hi; j += L)
       acc = Ops::max(step(Ops::shiftIn(Ops::prevLoad(prev, j), Ops::prevLoad(prev, j - L)), next, leave, enter, j),
                      acc);
