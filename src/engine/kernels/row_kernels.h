@@ -97,6 +97,12 @@ struct FloatLanes {
   static Vec sub(Vec a, Vec b) { return a - b; }
 };
 
+// Whether an Ops struct tells the blocks of a vector that reach a bound at
+// once: blocksAtLeast(v, l), bit x for the lanes of block x of v (kBlockLanes
+// lanes each), set where any of them is at least l.
+template <class Ops>
+concept BlockBits = requires(typename Ops::Vec v) { Ops::blocksAtLeast(v, v); };
+
 // Whether an Ops struct loads part of a vector.
 template <class Ops>
 concept PartialLoads = requires(const typename Ops::Score* p) { Ops::loadFirst(p, int64_t{1}); };
@@ -308,6 +314,19 @@ struct RowKernels {
   static void blockCandidates(const Score* blockmax, int64_t blocks, Score lower, uint64_t* bits) {
     constexpr int64_t kBlocksAWord = 64 / BL;
     const Vec l = Ops::splat(lower);
+    if constexpr (BlockBits<Ops>) {
+      // a vector of whole blocks gives its bits at once
+      constexpr int64_t kBlocksAVector = L / BL;
+      for (int64_t w = 0; w * 64 < blocks; ++w) {
+        const int64_t end = std::min(blocks, w * 64 + 64);
+        uint64_t word = 0;
+        for (int64_t b = w * 64; b < end; b += kBlocksAVector)
+          word |= static_cast<uint64_t>(Ops::blocksAtLeast(loadUpTo(blockmax + b * BL, (end - b) * BL), l))
+                  << (b % 64);
+        bits[w] = firstLanes(word, end - w * 64);
+      }
+      return;
+    }
     for (int64_t w = 0; w * 64 < blocks; ++w) {
       const int64_t end = std::min(blocks, w * 64 + 64);
       uint64_t word = 0;  // built in a register and stored once
