@@ -231,23 +231,15 @@ struct KernelInputs {
   std::vector<float> starts;
 };
 
-// A copy of row with the line before it that the kernels may read; the row
-// lies at .data() + 64.
-LaneStorage withLineBefore(const LaneStorage& row) {
-  LaneStorage copy(row.size() + 64);
-  std::copy(row.begin(), row.end(), copy.begin() + 64);
-  return copy;
-}
-
 // One step over a row of starts (in the level-1 cache), as one call.
 void BM_KernelSpan(benchmark::State& state, const ScanKernel* k) {
   const KernelInputs in(state.range(0), *k);
-  LaneStorage a = withLineBefore(in.firstLanes), b = a;
+  LaneStorage a = in.firstLanes, b = in.firstLanes;
   LaneStorage blockmax(static_cast<std::size_t>((scanBlockCount(in.lastshort) + 1) * kBlockMaxBytes));
   int64_t i = 0;
   for (auto _ : state) {
     benchmark::DoNotOptimize(
-        k->advanceSpan(a.data() + 64, b.data() + 64, 1, in.lastshort, in.leave[i], in.enter[i], blockmax.data()));
+        k->advanceSpan(a.data(), b.data(), 1, in.lastshort, in.leave[i], in.enter[i], blockmax.data()));
     std::swap(a, b);
     if (++i == KernelInputs::kPositions) i = 0;
   }
@@ -286,13 +278,11 @@ void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
 // starts.
 void BM_KernelTests(benchmark::State& state, const ScanKernel* k) {
   const KernelInputs in(state.range(1), *k);
-  const LaneStorage first = withLineBefore(in.firstLanes);
-  LaneStorage line = first;
-  std::byte* next = line.data() + 64;
+  LaneStorage next = in.firstLanes;
   const int64_t blocks = scanBlockCount(in.lastshort);
   LaneStorage blockmax(static_cast<std::size_t>((blocks + 1) * kBlockMaxBytes));
   const float best =
-      k->advanceSpan(first.data() + 64, next, 1, in.lastshort, in.leave[0], in.enter[0], blockmax.data());
+      k->advanceSpan(in.firstLanes.data(), next.data(), 1, in.lastshort, in.leave[0], in.enter[0], blockmax.data());
   std::vector<uint64_t> bits(static_cast<std::size_t>(blocks / 64 + 1));
   uint64_t seen = 0;
   const int64_t test = state.range(0);
@@ -305,7 +295,7 @@ void BM_KernelTests(benchmark::State& state, const ScanKernel* k) {
     } else {
       for (int64_t lo = 1; lo <= in.lastshort; lo += kMatchSpan) {
         uint64_t ties, listed;
-        k->blockMatch(next, lo, std::min(kMatchSpan, in.lastshort - lo + 1), best, 20.0f, &ties, &listed);
+        k->blockMatch(next.data(), lo, std::min(kMatchSpan, in.lastshort - lo + 1), best, 20.0f, &ties, &listed);
         seen += ties ^ listed;
       }
     }

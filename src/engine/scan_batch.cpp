@@ -50,9 +50,8 @@ RowBatch::RowBatch(const ScanKernel& kernel, int64_t lastshort, Keep keep, float
                : static_cast<int>(std::clamp<int64_t>(kBatchBytes / rowBytes, 2, kMostSteps));
   const int rows = keep == Keep::kRows ? steps_ + 1 : keep == Keep::kBestOnly ? 4 : steps_ + 3;
   rowsFit_ = keep == Keep::kCandidates && kernel.scores != ScoreLanes::kFloat && steps_ * rowBytes <= kWholeRowsBytes;
-  // A line before the first row: the kernels may read the cell before a row.
-  storage_.assign(static_cast<std::size_t>(rowBytes * rows + 64), std::byte{0});
-  for (int k = 0; k < rows; ++k) rows_.push_back(storage_.data() + 64 + k * rowBytes);
+  storage_.assign(static_cast<std::size_t>(rowBytes * rows), std::byte{0});
+  for (int k = 0; k < rows; ++k) rows_.push_back(storage_.data() + k * rowBytes);
   if (keep == Keep::kCandidates) {
     turn_[0] = rows_[static_cast<std::size_t>(steps_) + 1];
     turn_[1] = rows_[static_cast<std::size_t>(steps_) + 2];

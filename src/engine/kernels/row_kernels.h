@@ -228,32 +228,43 @@ struct RowKernels {
     return Ops::max(acc, acc2);
   }
 
+  // The starts j to j + L - 1 from any j, out of the groups' places (integer
+  // lanes: no rounding, so a start computed twice gets the same score).
+  [[gnu::always_inline]] static Vec stepAnywhere(const Score* prev, Score* next, const Score* pair, int64_t j) {
+    const Vec s = Ops::add(Ops::loadAny(prev + j - 1), Ops::loadAny(pair + j));
+    Ops::store(next + j, s);
+    return s;
+  }
+
   // The starts lo to hi of a block cut at either end (block 0 starts at 1;
   // the last ends at lastshort): the starts outside whole groups one by one,
-  // their greatest score in lane 0. Integer lanes read prev[-1] for start 1.
+  // their greatest score in lane 0. Integer lanes take them as a whole
+  // vector that overlaps the group after them (before them), where the row
+  // has L starts: one vector instead of up to L - 1 cells one by one, at
+  // both ends of every row.
   static Vec partOfBlock(const Score* prev, Score* next, int64_t lo, int64_t hi, const Score* leave,
                          const Score* enter) {
     Score edge = kNone;
     Vec acc = Ops::splat(kNone);
-    int64_t j = (lo + L - 1) & ~(L - 1);
+    const int64_t firstGroup = (lo + L - 1) & ~(L - 1);
+    int64_t j = firstGroup;
+    bool headDone = false;
     if constexpr (kPaired) {
-      if (lo == 1 && hi >= L - 1) {
-        // The first group whole, start 0 with it, whose score is put back
-        // and taken into the maximum: it is the step's start, which every
-        // reader of the maxima takes as well. One vector instead of L - 1
-        // cells one by one, on every row.
-        const Score start = next[0];
-        step(Ops::shiftIn(Ops::prevLoad(prev, 0), Ops::prevLoad(prev, -L)), next, leave, enter, 0);
-        next[0] = start;
-        acc = Ops::loadAny(next);
-        j = L;
+      if (lo < firstGroup && lo + L - 1 <= hi) {
+        acc = stepAnywhere(prev, next, leave, lo);
+        headDone = true;
       }
     }
-    const int64_t firstGroup = j;
-    stepCells(prev, next, lo, std::min(firstGroup - 1, hi), leave, enter, edge);
+    if (!headDone) stepCells(prev, next, lo, std::min(firstGroup - 1, hi), leave, enter, edge);
     for (; j + L - 1 <= hi; j += L)
       acc = Ops::max(step(Ops::shiftIn(Ops::prevLoad(prev, j), Ops::prevLoad(prev, j - L)), next, leave, enter, j),
                      acc);
+    if constexpr (kPaired) {
+      if (j <= hi && hi - L + 1 >= lo) {
+        acc = Ops::max(stepAnywhere(prev, next, leave, hi - L + 1), acc);
+        j = hi + 1;
+      }
+    }
     stepCells(prev, next, j, hi, leave, enter, edge);
     return Ops::max(acc, Ops::edgeLane(edge));
   }

@@ -61,13 +61,11 @@ enum class ScoreLanes : uint8_t { kUint8, kInt16, kFloat };
 // m1[j + W - 1]. Integer lanes take the pair column of ScanColumns in
 // leave instead, next[j] = prev[j - 1] + leave[j], and enter is null. lo is
 // the first start of a block and hi the last start of a block (or
-// lastshort); prev and next are rows that start on a 64-byte boundary, with
-// 64 readable bytes before prev. Where lo is 1, the greatest score of block
-// 0 may take in next[0], the step's start, which is left as it was. The
+// lastshort); prev and next are rows that start on a 64-byte boundary. The
 // greatest new score of each block b goes into the blockLanes * scoreBytes
-// bytes of blockmax from b times that (at most
-// kBlockMaxBytes), in a form of the kernel's own, for its BlocksMaxFn and
-// BlockCandidatesFn; a not-a-number score is never the greatest, and
+// bytes of blockmax from b times that (at most kBlockMaxBytes), in a form
+// of the kernel's own, for its BlocksMaxFn and BlockCandidatesFn; a
+// not-a-number score is never the greatest, and
 // -infinity means none (byte lanes: 0, which no score lies below). Returns
 // the greatest new score of the span, in the same terms (taken in
 // registers, where reading blockmax back would wait on its stores).
