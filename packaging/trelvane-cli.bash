@@ -24,7 +24,8 @@ _trelvane_cli() {
         --model --aligned --report --rows --result --svg --pdf --png --dotplot
         --seed --kernel --threads --quiet --help --version'
       case $prev in
-        --kernel) values='auto scalar generic sse2 avx2 avx512' ;;
+        --kernel) values='auto scalar generic sse2 avx2 avx512
+          generic-u8 generic-i16 avx2-u8 avx2-i16 avx512-u8 avx512-i16' ;;
         --model) values='identity tstv general' ;;
         --to) values='max' ;;
         --window | --from | --resamplings | --identities | --seed | --threads) return ;;
