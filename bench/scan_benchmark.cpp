@@ -201,8 +201,9 @@ struct KernelInputs {
     for (int64_t j = 0; j <= lastshort; ++j) first[j] = fullScoreFromFirst(m1.data() + j, m0.data(), W, cells);
     k.putScores(first.data(), lastshort + 1, firstLanes.data());
     for (int64_t i = 0; i < kPositions; ++i) {
-      leave.push_back(cols.leave(m0[i]));
-      enter.push_back(cols.enter(m0[i + W]));
+      const StepColumns step = cols.forStep(m0[i], m0[i + W]);
+      leave.push_back(step.leave);
+      enter.push_back(step.enter);
       starts.push_back(fullScoreFromFirst(m1.data(), m0.data() + i + 1, W, cells));
     }
   }

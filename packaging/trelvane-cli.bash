@@ -22,7 +22,8 @@ _trelvane_cli() {
     *) return ;;
   esac
   case $prev in
-    --kernel) values='auto scalar generic sse2 avx2 avx512' ;;
+    --kernel) values='auto scalar generic sse2 avx2 avx512
+      generic-u8 generic-i16 avx2-u8 avx2-i16 avx512-u8 avx512-i16' ;;
     --model) values='identity tstv general' ;;
     --to) values='max' ;;
     --mean-sd) values='random observed symmetric' ;;

@@ -14,12 +14,14 @@ namespace {
 // A thread count: a whole number from 0 (every core) to kMaxThreads.
 constexpr uint64_t kMaxThreads = 1024;
 
+// Every kernel name, the Single ones first, then the whole-number ones.
 std::string kernelList() {
   std::string out;
-  for (std::string_view name : scanKernelNames()) {
-    if (!out.empty()) out += ", ";
-    out += name;
-  }
+  for (const auto* names : {&scanKernelNames(), &integerScanKernelNames()})
+    for (std::string_view name : *names) {
+      if (!out.empty()) out += ", ";
+      out += name;
+    }
   return out;
 }
 
@@ -228,7 +230,11 @@ std::string comparisonHelp() {
       "  --seed N              seed of the random resampling (default: the clock)\n"
       "  --kernel NAME         the scan's kernel: auto (default: the fastest this\n"
       "                        processor has), scalar, generic, sse2, avx2 or\n"
-      "                        avx512; all give the same bytes\n"
+      "                        avx512; generic-u8, avx2-u8, avx512-u8 (scores in\n"
+      "                        bytes) and generic-i16, avx2-i16, avx512-i16 (in\n"
+      "                        16 bits) where the matrix holds whole numbers, a\n"
+      "                        wider one where the scores need it; all give the\n"
+      "                        same bytes\n"
       "  --threads N           use at most N threads (default 0: every core)\n"
       "  --quiet               no progress on standard error\n"
       "  --help                display this help and exit\n"

@@ -95,8 +95,9 @@ class H0Scanner {
     }
     const ScanColumns& cols = *c_.columns;
     for (int k = 0; k < n; ++k) {
-      leave_[k] = cols.leave(res[r + k - 1]);
-      enter_[k] = cols.enter(res[r + k + W - 1]);
+      const StepColumns step = cols.forStep(res[r + k - 1], res[r + k + W - 1]);
+      leave_[k] = step.leave;
+      enter_[k] = step.enter;
       wins_[k] = res + r + k;
     }
     startScoresFromZero(m1, wins_.data(), n, W, c_.cells, starts_.data());

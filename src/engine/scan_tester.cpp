@@ -37,8 +37,9 @@ void PositionTester::computeBatch(int64_t i, int n, const int64_t* warmFrom) {
   const ScanColumns& cols = *c_.columns;
   for (int k = 0; k < n; ++k) {
     const int64_t p = i + k;
-    leave_[k] = cols.leave(m0.get(p - 1));
-    enter_[k] = cols.enter(m0.get(p + W - 1));
+    const StepColumns step = cols.forStep(m0.get(p - 1), m0.get(p + W - 1));
+    leave_[k] = step.leave;
+    enter_[k] = step.enter;
     const uint8_t* win = window(p);
     if (win == scratch_.data()) {
       // a window outside m0's padding: kept apart, the scratch is reused

@@ -70,7 +70,7 @@ completes() {  # completes EXPECTED WORD...: the words typed, the last one being
   same "$got" "$EXPECTED"
 }
 EXPECTED=compare check "completion: co" completes trelvane-cli co
-EXPECTED=$'avx2\navx512' check "completion: --kernel av" completes trelvane-cli compare --kernel av
+EXPECTED=$'avx2\navx2-i16\navx2-u8\navx512\navx512-i16\navx512-u8' check "completion: --kernel av" completes trelvane-cli compare --kernel av
 for command in compare redraw stack batch check-update; do
   EXPECTED="$("$USR/bin/trelvane-cli" "$command" --help | grep -o -- '--[a-z0-9][a-z0-9-]*' | sort -u)"
   check "completion: the options of $command" completes "$USR/bin/trelvane-cli" "$command" x --

@@ -97,6 +97,12 @@ struct FloatLanes {
   static Vec sub(Vec a, Vec b) { return a - b; }
 };
 
+// Whether an Ops struct tells the blocks of a vector that reach a bound at
+// once: blocksAtLeast(v, l), bit x for the lanes of block x of v (kBlockLanes
+// lanes each), set where any of them is at least l.
+template <class Ops>
+concept BlockBits = requires(typename Ops::Vec v) { Ops::blocksAtLeast(v, v); };
+
 // Whether an Ops struct loads part of a vector.
 template <class Ops>
 concept PartialLoads = requires(const typename Ops::Score* p) { Ops::loadFirst(p, int64_t{1}); };
@@ -154,6 +160,9 @@ struct RowKernels {
   // no score: -infinity (or the lowest value of an integer lane)
   static constexpr Score kNone = std::numeric_limits<Score>::has_infinity ? -std::numeric_limits<Score>::infinity()
                                                                           : std::numeric_limits<Score>::lowest();
+  // Whole numbers: the two columns of a step come as one, their difference
+  // (see ScanColumns), the sum exact in any order.
+  static constexpr bool kPaired = !std::is_floating_point_v<Score>;
   static_assert(L >= 1 && (L & (L - 1)) == 0 && kScanBlock % (2 * L) == 0);
   static_assert(L % BL == 0 && BL * static_cast<int64_t>(sizeof(Score)) <= kBlockMaxBytes && kMatchSpan % L == 0 &&
                 64 % BL == 0);
@@ -162,12 +171,17 @@ struct RowKernels {
   // -- cell by cell: the starts that no whole vector covers --
 
   // next[j] = (prev[j-1] - leave[j-1]) + enter[j], rounded to Single after
-  // each operation; best becomes the greater of itself and the new score.
+  // each operation (paired: prev[j-1] + leave[j]); best becomes the greater of itself and the new score.
   [[gnu::always_inline]] static void stepCells(const Score* prev, Score* next, int64_t lo, int64_t hi,
                                                const Score* leave, const Score* enter, Score& best) {
     for (int64_t j = lo; j <= hi; ++j) {
-      Score s = prev[j - 1] - leave[j - 1];
-      s = s + enter[j];
+      Score s;
+      if constexpr (kPaired) {
+        s = static_cast<Score>(prev[j - 1] + leave[j]);
+      } else {
+        s = prev[j - 1] - leave[j - 1];
+        s = s + enter[j];
+      }
       next[j] = s;
       best = s > best ? s : best;
     }
@@ -186,10 +200,13 @@ struct RowKernels {
 
   // Starts j0 to j0 + L - 1, j0 a multiple of L, from shifted =
   // prev[j0-1 .. j0+L-2]: leave[j0-1 ..] holds the cells of the leaving
-  // base, enter[j0 ..] those of the entering one.
+  // base, enter[j0 ..] those of the entering one (paired: leave[j0 ..] their
+  // differences).
   [[gnu::always_inline]] static Vec step(Vec shifted, Score* next, const Score* leave, const Score* enter,
                                          int64_t j0) {
-    const Vec s = Ops::add(Ops::sub(shifted, Ops::load(leave + j0 - 1)), Ops::load(enter + j0));
+    Vec s;
+    if constexpr (kPaired) s = Ops::add(shifted, Ops::load(leave + j0));
+    else s = Ops::add(Ops::sub(shifted, Ops::load(leave + j0 - 1)), Ops::load(enter + j0));
     Ops::store(next + j0, s);
     return s;
   }
@@ -211,19 +228,43 @@ struct RowKernels {
     return Ops::max(acc, acc2);
   }
 
+  // The starts j to j + L - 1 from any j, out of the groups' places (integer
+  // lanes: no rounding, so a start computed twice gets the same score).
+  [[gnu::always_inline]] static Vec stepAnywhere(const Score* prev, Score* next, const Score* pair, int64_t j) {
+    const Vec s = Ops::add(Ops::loadAny(prev + j - 1), Ops::loadAny(pair + j));
+    Ops::store(next + j, s);
+    return s;
+  }
+
   // The starts lo to hi of a block cut at either end (block 0 starts at 1;
   // the last ends at lastshort): the starts outside whole groups one by one,
-  // their greatest score in lane 0.
+  // their greatest score in lane 0. Integer lanes take them as a whole
+  // vector that overlaps the group after them (before them), where the row
+  // has L starts: one vector instead of up to L - 1 cells one by one, at
+  // both ends of every row.
   static Vec partOfBlock(const Score* prev, Score* next, int64_t lo, int64_t hi, const Score* leave,
                          const Score* enter) {
     Score edge = kNone;
-    const int64_t firstGroup = (lo + L - 1) & ~(L - 1);
-    stepCells(prev, next, lo, std::min(firstGroup - 1, hi), leave, enter, edge);
     Vec acc = Ops::splat(kNone);
+    const int64_t firstGroup = (lo + L - 1) & ~(L - 1);
     int64_t j = firstGroup;
+    bool headDone = false;
+    if constexpr (kPaired) {
+      if (lo < firstGroup && lo + L - 1 <= hi) {
+        acc = stepAnywhere(prev, next, leave, lo);
+        headDone = true;
+      }
+    }
+    if (!headDone) stepCells(prev, next, lo, std::min(firstGroup - 1, hi), leave, enter, edge);
     for (; j + L - 1 <= hi; j += L)
       acc = Ops::max(step(Ops::shiftIn(Ops::prevLoad(prev, j), Ops::prevLoad(prev, j - L)), next, leave, enter, j),
                      acc);
+    if constexpr (kPaired) {
+      if (j <= hi && hi - L + 1 >= lo) {
+        acc = Ops::max(stepAnywhere(prev, next, leave, hi - L + 1), acc);
+        j = hi + 1;
+      }
+    }
     stepCells(prev, next, j, hi, leave, enter, edge);
     return Ops::max(acc, Ops::edgeLane(edge));
   }
@@ -284,6 +325,19 @@ struct RowKernels {
   static void blockCandidates(const Score* blockmax, int64_t blocks, Score lower, uint64_t* bits) {
     constexpr int64_t kBlocksAWord = 64 / BL;
     const Vec l = Ops::splat(lower);
+    if constexpr (BlockBits<Ops>) {
+      // a vector of whole blocks gives its bits at once
+      constexpr int64_t kBlocksAVector = L / BL;
+      for (int64_t w = 0; w * 64 < blocks; ++w) {
+        const int64_t end = std::min(blocks, w * 64 + 64);
+        uint64_t word = 0;
+        for (int64_t b = w * 64; b < end; b += kBlocksAVector)
+          word |= static_cast<uint64_t>(Ops::blocksAtLeast(loadUpTo(blockmax + b * BL, (end - b) * BL), l))
+                  << (b % 64);
+        bits[w] = firstLanes(word, end - w * 64);
+      }
+      return;
+    }
     for (int64_t w = 0; w * 64 < blocks; ++w) {
       const int64_t end = std::min(blocks, w * 64 + 64);
       uint64_t word = 0;  // built in a register and stored once

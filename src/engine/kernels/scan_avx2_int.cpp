@@ -61,6 +61,12 @@ struct Avx2U8Ops : Avx2IntLanes<uint8_t> {
     return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_max_epu8(v, l), v)));
   }
   static uint32_t equal(Vec v, Vec m) { return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(v, m))); }
+  // A block is a 64-bit lane: one with no byte at least l is zero after the
+  // compare.
+  static uint32_t blocksAtLeast(Vec v, Vec l) {
+    const Vec none = _mm256_cmpeq_epi64(_mm256_cmpeq_epi8(_mm256_max_epu8(v, l), v), _mm256_setzero_si256());
+    return ~static_cast<uint32_t>(_mm256_movemask_pd(_mm256_castsi256_pd(none))) & 0xFu;
+  }
 };
 
 // Scores in signed 16 bits; the sums wrap modulo 65,536. -32,768 stands for
@@ -90,6 +96,12 @@ struct Avx2I16Ops : Avx2IntLanes<int16_t> {
   }
   static uint32_t atLeast(Vec v, Vec l) { return ~laneBits(_mm256_cmpgt_epi16(l, v)) & 0xFFFFu; }
   static uint32_t equal(Vec v, Vec m) { return laneBits(_mm256_cmpeq_epi16(v, m)); }
+  // A block is a 128-bit half: one whose lanes all lie below l gives 16 set
+  // bits.
+  static uint32_t blocksAtLeast(Vec v, Vec l) {
+    const auto below = static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpgt_epi16(l, v)));
+    return static_cast<uint32_t>((below & 0xFFFFu) != 0xFFFFu) | static_cast<uint32_t>(below >> 16 != 0xFFFFu) << 1;
+  }
 };
 
 }  // namespace

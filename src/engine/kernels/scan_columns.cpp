@@ -38,13 +38,39 @@ void layOut(LaneStorage& storage, const void** leave, const void** enter, const 
   }
 }
 
+// The 25 pair columns of integer lanes, pad cells either side and on
+// 64-byte boundaries: pair(l, e)[j] = cell of m1[j + W - 1] against e less
+// the cell of m1[j - 1] against l, a cell outside m1 being 0. A group of
+// starts j0 reads the column from j0, on a whole line.
+template <class T>
+void layOutPairs(LaneStorage& storage, const void* (&pair)[5][5], const CellTable& cells, const uint8_t* m1,
+                 int64_t nshort, int32_t W) {
+  constexpr int64_t kLine = 64 / static_cast<int64_t>(sizeof(T));
+  constexpr int64_t kPad = 2 * kLine;
+  const int64_t stride = (nshort + 2 * kPad + kLine - 1) / kLine * kLine;
+  storage.assign(static_cast<std::size_t>(stride * 25) * sizeof(T), std::byte{0});
+  T* base = reinterpret_cast<T*>(storage.data());
+  auto cellAt = [&](int64_t j, int l) -> int64_t {
+    return j >= 0 && j < nshort ? static_cast<int64_t>(cells.column(static_cast<uint8_t>(l))[m1[j]]) : 0;
+  };
+  for (int l = 0; l < 5; ++l)
+    for (int e = 0; e < 5; ++e) {
+      T* col = base + (5 * l + e) * stride + kPad;
+      // the sum of whole numbers within the lanes' range, reached by wrapping
+      for (int64_t j = -kPad; j < stride - kPad; ++j)
+        col[j] = static_cast<T>(cellAt(j + W - 1, e) - cellAt(j - 1, l));
+      pair[l][e] = col;
+    }
+}
+
 }  // namespace
 
 ScanColumns::ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, ScoreLanes lanes) {
   nshort = std::max<int64_t>(nshort, 0);
+  paired_ = lanes != ScoreLanes::kFloat;
   switch (lanes) {
-    case ScoreLanes::kUint8: layOut<uint8_t>(storage_, leave_, enter_, cells, m1, nshort, W); break;
-    case ScoreLanes::kInt16: layOut<int16_t>(storage_, leave_, enter_, cells, m1, nshort, W); break;
+    case ScoreLanes::kUint8: layOutPairs<uint8_t>(storage_, pair_, cells, m1, nshort, W); break;
+    case ScoreLanes::kInt16: layOutPairs<int16_t>(storage_, pair_, cells, m1, nshort, W); break;
     case ScoreLanes::kFloat: layOut<float>(storage_, leave_, enter_, cells, m1, nshort, W); break;
   }
 }

@@ -58,12 +58,14 @@ enum class ScoreLanes : uint8_t { kUint8, kInt16, kFloat };
 // order). leave is the matrix column of the longest side's base that leaves
 // the window, laid out by start (leave[j] is the cell of m1[j]); enter the
 // column of the entering base, shifted so that enter[j] is the cell of
-// m1[j + W - 1]. lo is the first start of a block and hi the last start of a
-// block (or lastshort); prev and next are rows that start on a 64-byte
-// boundary. The greatest new score of each block b goes into the
-// blockLanes * scoreBytes bytes of blockmax from b times that (at most
-// kBlockMaxBytes), in a form of the kernel's own, for its BlocksMaxFn and
-// BlockCandidatesFn; a not-a-number score is never the greatest, and
+// m1[j + W - 1]. Integer lanes take the pair column of ScanColumns in
+// leave instead, next[j] = prev[j - 1] + leave[j], and enter is null. lo is
+// the first start of a block and hi the last start of a block (or
+// lastshort); prev and next are rows that start on a 64-byte boundary. The
+// greatest new score of each block b goes into the blockLanes * scoreBytes
+// bytes of blockmax from b times that (at most kBlockMaxBytes), in a form
+// of the kernel's own, for its BlocksMaxFn and BlockCandidatesFn; a
+// not-a-number score is never the greatest, and
 // -infinity means none (byte lanes: 0, which no score lies below). Returns
 // the greatest new score of the span, in the same terms (taken in
 // registers, where reading blockmax back would wait on its stores).
@@ -144,24 +146,39 @@ struct CellTable {
 };
 
 // The matrix columns laid out by start on the shortest sequence, in the
-// lanes of a kernel: for each longest-side base l, leave(l)[j] =
-// matrice[m1[j]][l] for j from 0 to nshort - 1, with zero cells around them,
-// so that the row kernels read without gathers; enter(l) is the same column
-// shifted by W - 1, so that enter(l)[j] is the cell of m1[j + W - 1]. Each is
-// a copy of its own, placed so that the vectors a kernel reads for a group of
-// starts from a multiple of 64 / scoreBytes lie on whole 64-byte lines (and
-// so those of narrower groups on whole words). Built once a run.
+// lanes of a kernel, so that the row kernels read without gathers. Single
+// lanes: for each longest-side base l, leave(l)[j] = matrice[m1[j]][l] for j
+// from 0 to nshort - 1, with zero cells around them; enter(l) is the same
+// column shifted by W - 1, so that enter(l)[j] is the cell of m1[j + W - 1].
+// Integer lanes add whole numbers exactly in any order, so the two columns of
+// a step come as one, for each pair of leaving and entering bases: pair[j] =
+// enter(e)[j] - leave(l)[j - 1] (modulo the lanes' width), one load and one
+// operation less a vector. Each is a copy of its own, placed so that the
+// vectors a kernel reads for a group of starts from a multiple of
+// 64 / scoreBytes lie on whole 64-byte lines (and so those of narrower groups
+// on whole words). Built once a run.
+struct StepColumns {
+  const void* leave;
+  const void* enter;  // null where leave is the pair column of integer lanes
+};
 class ScanColumns {
  public:
   ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, ScoreLanes lanes);
-  // The columns of a longest-side byte; bytes above 4 are no base, as N.
-  const void* leave(uint8_t l) const { return leave_[l <= 4 ? l : 0]; }
-  const void* enter(uint8_t l) const { return enter_[l <= 4 ? l : 0]; }
+  // The columns of a step where the longest side's byte `leaving` leaves the
+  // window and `entering` enters it, as the kernel of these lanes reads them
+  // (see AdvanceSpanFn); bytes above 4 are no base, as N.
+  StepColumns forStep(uint8_t leaving, uint8_t entering) const {
+    const int l = leaving <= 4 ? leaving : 0, e = entering <= 4 ? entering : 0;
+    if (paired_) return {pair_[l][e], nullptr};
+    return {leave_[l], enter_[e]};
+  }
 
  private:
   LaneStorage storage_;
+  bool paired_ = false;
   const void* leave_[5] = {};
   const void* enter_[5] = {};
+  const void* pair_[5][5] = {};
 };
 
 }  // namespace trelvane
