@@ -57,12 +57,14 @@ void OutputSpool::write(std::string_view bytes) {
     rewrite_(rewritten_, bytes);
     bytes = rewritten_;
   }
-  if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) failure_ = cannotWrite(target_);
+  if (!bytes.empty() && std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size())
+    failure_ = cannotWrite(target_);
 }
 
 bool OutputSpool::copyInto(std::FILE* to, std::string_view head, const std::string& name,
                            std::string* why) {
-  bool ok = std::fwrite(head.data(), 1, head.size(), to) == head.size();
+  // An empty head may have no storage at all: fwrite takes no null pointer.
+  bool ok = head.empty() || std::fwrite(head.data(), 1, head.size(), to) == head.size();
   std::vector<char> buf(std::size_t{1} << 20);
   std::size_t n;
   while (ok && (n = std::fread(buf.data(), 1, buf.size(), file_)) > 0)
