@@ -331,9 +331,19 @@ struct RowKernels {
       for (int64_t w = 0; w * 64 < blocks; ++w) {
         const int64_t end = std::min(blocks, w * 64 + 64);
         uint64_t word = 0;
-        for (int64_t b = w * 64; b < end; b += kBlocksAVector)
-          word |= static_cast<uint64_t>(Ops::blocksAtLeast(loadUpTo(blockmax + b * BL, (end - b) * BL), l))
-                  << (b % 64);
+        for (int64_t b = w * 64; b < end; b += kBlocksAVector) {
+          uint64_t found;
+          if (end - b < kBlocksAVector && blocks >= kBlocksAVector) {
+            // The last blocks: the whole vector that ends with them, less
+            // the blocks before them, already told (a part load waits on
+            // the stores that build it).
+            const int64_t before = kBlocksAVector - (end - b);
+            found = static_cast<uint64_t>(Ops::blocksAtLeast(Ops::loadAny(blockmax + (b - before) * BL), l)) >> before;
+          } else {
+            found = static_cast<uint64_t>(Ops::blocksAtLeast(loadUpTo(blockmax + b * BL, (end - b) * BL), l));
+          }
+          word |= found << (b % 64);
+        }
         bits[w] = firstLanes(word, end - w * 64);
       }
       return;
