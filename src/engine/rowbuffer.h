@@ -74,6 +74,8 @@ class RowBuffer {
   }
 
   std::size_t rowpos() const { return rowpos_; }
+  // The bytes gone to the sink so far.
+  std::size_t spilled() const { return spilled_; }
   // The bytes up to the first zero byte.
   std::string_view text() const { return std::string_view(bytes_.c_str()); }
   bool empty() const { return spilled_ == 0 && (cut_ || bytes_.front() == '\0'); }

@@ -63,6 +63,10 @@ void RunContext::spillTexts(bool all) {
     reportSpilled += report.size();
     report.clear();
   }
+  // Nothing written since the last look: no sink can have failed since.
+  const std::size_t spilled = reportSpilled + rows.spilled();
+  if (!all && spilled == spilledWhenChecked) return;
+  spilledWhenChecked = spilled;
   for (const TextSink* sink : {s.rowsSink, s.reportSink})
     if (sink && !sink->failure().empty()) {
       fail(sink->failure());

@@ -91,6 +91,9 @@ struct RunContext {
   alignas(64) RowBuffer rows;
   std::string report;
   std::size_t reportSpilled = 0;  // bytes of the report gone to its sink
+  // reportSpilled and the rows' bytes gone to their sink when the sinks'
+  // failures were last looked at: a sink fails only in a write
+  std::size_t spilledWhenChecked = SIZE_MAX;
   ScoreSums profile;
   // the texts of the best scores written into rows
   ScoreTexts scoreTexts;

@@ -142,16 +142,16 @@ void PositionTester::test(int64_t i, Found& found) {
       const int64_t b = w * 64 + 63 - __builtin_clzll(leftBlocks);
       leftBlocks &= ~(uint64_t{1} << (b % 64));
       const int64_t blockLo = scanBlockLo(b), blockHi = scanBlockHi(b, lastshort);
-      // the starts of the block, descending, kMatchSpan at a time
-      for (int64_t hi = blockHi; hi >= blockLo; hi -= kMatchSpan) {
-        const int64_t lo = hi - kMatchSpan + 1 > blockLo ? hi - kMatchSpan + 1 : blockLo;
-        uint64_t ties = 0, listed = 0;
-        kernel.blockMatch(row, lo, hi - lo + 1, maxscore, threshold, &ties, &listed);
-        for (uint64_t left = ties | listed; left != 0;) {
+      // the whole block in one call; its starts descending, kMatchSpan a word
+      uint64_t ties[kScanBlock / kMatchSpan], listed[kScanBlock / kMatchSpan];
+      kernel.blockMatch(row, blockLo, blockHi - blockLo + 1, maxscore, threshold, ties, listed);
+      for (int64_t s = (blockHi - blockLo) / kMatchSpan; s >= 0; --s) {
+        const int64_t lo = blockLo + s * kMatchSpan;
+        for (uint64_t left = ties[s] | listed[s]; left != 0;) {
           const int k = 63 - __builtin_clzll(left);
           left &= ~(uint64_t{1} << k);
-          if ((ties >> k) & 1) found.starts.push_back(lo + k + 1);
-          if ((listed >> k) & 1) found.starts.push_back(-(lo + k + 1));
+          if ((ties[s] >> k) & 1) found.starts.push_back(lo + k + 1);
+          if ((listed[s] >> k) & 1) found.starts.push_back(-(lo + k + 1));
         }
       }
     }

@@ -20,14 +20,15 @@ struct Digits {
 };
 
 // A scored row in the making: the row's fields gathered on the stack and
-// handed to `out` in pieces of about kPiece bytes. Digits are copied as a
-// whole Digits buffer, a copy of a size known when compiling; the fields
-// before the starts fit in the first piece (a Single's text is at most 13
-// characters, an Integer's 20).
+// handed to `out` in pieces of about kPiece bytes. Numbers are written
+// straight into the piece (a copy of a Digits buffer, read back in words
+// just after its digits were stored one by one, waited on each store); the
+// fields before the starts fit in the first piece (a Single's text is at
+// most 13 characters, an Integer's 20).
 class ScoredRowMaker {
  public:
   ScoredRowMaker(std::string& out, ScoreTexts& texts, int64_t i, uint8_t base, float s) : out_(out) {
-    putDigits(Digits(i + 1));
+    putDigits(i + 1);
     piece_[n_++] = TAB;
     piece_[n_++] = letterOf(base);
     piece_[n_++] = TAB;
@@ -37,7 +38,7 @@ class ScoredRowMaker {
   // A tied start, entered as j + 1; the starts are TAB-separated.
   void tie(int64_t entry) {
     if (ties_++ > 0) piece_[n_++] = TAB;
-    putDigits(Digits(entry));
+    putDigits(entry);
     if (n_ >= kPiece) flush();
   }
   // Tied starts already written out, TAB-separated.
@@ -53,10 +54,8 @@ class ScoredRowMaker {
  private:
   static constexpr std::size_t kPiece = 512;
 
-  void putDigits(const Digits& d) {
-    std::memcpy(piece_ + n_, d.buf, sizeof d.buf);
-    n_ += static_cast<std::size_t>(d.end - d.buf);
-  }
+  // an Integer's digits take at most 20 characters
+  void putDigits(int64_t v) { n_ = static_cast<std::size_t>(std::to_chars(piece_ + n_, piece_ + n_ + 24, v).ptr - piece_); }
   void flush() {
     out_.append(piece_, n_);
     n_ = 0;

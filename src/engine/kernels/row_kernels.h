@@ -331,9 +331,19 @@ struct RowKernels {
       for (int64_t w = 0; w * 64 < blocks; ++w) {
         const int64_t end = std::min(blocks, w * 64 + 64);
         uint64_t word = 0;
-        for (int64_t b = w * 64; b < end; b += kBlocksAVector)
-          word |= static_cast<uint64_t>(Ops::blocksAtLeast(loadUpTo(blockmax + b * BL, (end - b) * BL), l))
-                  << (b % 64);
+        for (int64_t b = w * 64; b < end; b += kBlocksAVector) {
+          uint64_t found;
+          if (end - b < kBlocksAVector && blocks >= kBlocksAVector) {
+            // The last blocks: the whole vector that ends with them, less
+            // the blocks before them, already told (a part load waits on
+            // the stores that build it).
+            const int64_t before = kBlocksAVector - (end - b);
+            found = static_cast<uint64_t>(Ops::blocksAtLeast(Ops::loadAny(blockmax + (b - before) * BL), l)) >> before;
+          } else {
+            found = static_cast<uint64_t>(Ops::blocksAtLeast(loadUpTo(blockmax + b * BL, (end - b) * BL), l));
+          }
+          word |= found << (b % 64);
+        }
         bits[w] = firstLanes(word, end - w * 64);
       }
       return;
@@ -353,11 +363,19 @@ struct RowKernels {
     }
   }
 
-  // See BlockMatchFn. Ordered comparisons: false where either side is not a
-  // number.
+  // See BlockMatchFn: a span of kMatchSpan starts at a time.
   static void blockMatch(const Score* row, int64_t lo, int64_t count, Score maxscore, Score threshold,
                          uint64_t* ties, uint64_t* listed) {
     const Vec m = Ops::splat(maxscore), th = Ops::splat(threshold);
+    for (int64_t w = 0; w * kMatchSpan < count; ++w)
+      spanMatch(row, lo + w * kMatchSpan, std::min(kMatchSpan, count - w * kMatchSpan), maxscore, threshold, m, th,
+                ties + w, listed + w);
+  }
+
+  // The starts lo to lo + count - 1, count at most kMatchSpan. Ordered
+  // comparisons: false where either side is not a number.
+  [[gnu::always_inline]] static void spanMatch(const Score* row, int64_t lo, int64_t count, Score maxscore,
+                                               Score threshold, Vec m, Vec th, uint64_t* ties, uint64_t* listed) {
     constexpr int kWords = kMatchSpan / L;
     if constexpr (kWords <= 8) {
       if (count == kMatchSpan) {
@@ -461,8 +479,10 @@ struct UntypedKernels {
     Score m = kMost, th = kMost;
     const bool tieable = exactly(maxscore, m), listable = atLeastBound(threshold, th);
     K::blockMatch(in(row), lo, count, m, th, ties, listed);
-    if (!tieable) *ties = 0;
-    if (!listable) *listed = 0;
+    for (int64_t w = 0; w * kMatchSpan < count; ++w) {
+      if (!tieable) ties[w] = 0;
+      if (!listable) listed[w] = 0;
+    }
   }
   static void putScores(const float* scores, int64_t n, void* row) {
     for (int64_t j = 0; j < n; ++j) in(row)[j] = static_cast<Score>(scores[j]);

@@ -78,9 +78,11 @@ using BlocksMaxFn = float (*)(const void* blockmax, int64_t blocks);
 // (from the kernel's AdvanceSpanFn) is at least lower, clears the others.
 using BlockCandidatesFn = void (*)(const void* blockmax, int64_t blocks, float lower, uint64_t* bits);
 
-// The starts lo to lo + count - 1 (count at most kMatchSpan) whose score equals
-// maxscore (bit k of *ties for start lo + k) and those whose score is at least
-// threshold (*listed). A not-a-number score is in neither.
+// The starts lo to lo + count - 1 (count at most kScanBlock, a block in one
+// call) whose score equals maxscore (bit k of ties[w] for start lo +
+// w * kMatchSpan + k) and those whose score is at least threshold (listed);
+// the words of the starts given alone are written. A not-a-number score is
+// in neither.
 using BlockMatchFn = void (*)(const void* row, int64_t lo, int64_t count, float maxscore, float threshold,
                               uint64_t* ties, uint64_t* listed);
 // scores[0 .. n - 1] into row[0 .. n - 1], in the kernel's lanes (whole
