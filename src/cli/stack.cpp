@@ -6,6 +6,7 @@
 #include "cli/command_line.h"
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/track_outputs.h"
 #include "plots/picture_qt.h"
 #include "stack/stack_figure.h"
 
@@ -108,28 +109,7 @@ std::vector<Option> stackTable(StackOptions& s) {
 
 // The segment rule and the panels from the options; false with a usage sentence.
 bool complete(StackOptions& s, const std::vector<std::string>& operands, std::string* error) {
-  tracks::SegmentRule& rule = s.request.rule;
-  if (s.minIdentity) {
-    const auto v = decimalNumber(*s.minIdentity, -1, 1);
-    if (!v) {
-      *error = "invalid --min-identity '" + *s.minIdentity + "': expected a fraction from 0 to 1, such as 0.70";
-      return false;
-    }
-    rule.minIdentity = *v;
-  }
-  if (s.minLength) {
-    const auto v = wholeNumber(*s.minLength, 1, INT32_MAX);
-    if (!v) {
-      *error = "invalid --min-length '" + *s.minLength + "': expected a whole number from 1";
-      return false;
-    }
-    rule.minLength = static_cast<int64_t>(*v);
-  }
-  if (s.above && s.minIdentity) {
-    *error = "--above and --min-identity are two thresholds: give one";
-    return false;
-  }
-  if (s.above && !tracks::parseAbove(*s.above, rule, error)) return false;
+  if (!readSegmentRule(s.minIdentity, s.minLength, s.above, s.request.rule, error)) return false;
   if (!s.names.empty() && s.names.size() != operands.size()) {
     *error = "--name is given " + std::to_string(s.names.size()) + " times for " + std::to_string(operands.size()) +
              " panels: give it once for each RESULT, or not at all";

@@ -68,6 +68,34 @@ void addTrackOptions(std::vector<Option>& table, TrackOutputs& t, TrackCommand c
   }
 }
 
+bool readSegmentRule(const std::optional<std::string>& minIdentity, const std::optional<std::string>& minLength,
+                     const std::optional<std::string>& above, tracks::SegmentRule& rule, std::string* error) {
+  if (minIdentity) {
+    const auto v = decimalNumber(*minIdentity, -1, 1);
+    if (!v) {
+      *error = "invalid --min-identity '" + *minIdentity + "': expected a fraction from 0 to 1, such as 0.70";
+      return false;
+    }
+    rule.minIdentity = *v;
+  }
+  if (minLength) {
+    const auto v = wholeNumber(*minLength, 1, INT32_MAX);
+    if (!v) {
+      *error = "invalid --min-length '" + *minLength + "': expected a whole number of bases from 1";
+      return false;
+    }
+    rule.minLength = static_cast<int64_t>(*v);
+  }
+  if (above) {
+    if (minIdentity) {
+      *error = "--above and --min-identity are two thresholds: give one";
+      return false;
+    }
+    if (!tracks::parseAbove(*above, rule, error)) return false;
+  }
+  return true;
+}
+
 bool checkTrackOutputs(TrackOutputs& t, TrackCommand command, bool haveSequence, std::string* error) {
   t.track.cpg = command == TrackCommand::Cpg;
   if (t.bigwig && *t.bigwig == "-") {
@@ -79,29 +107,7 @@ bool checkTrackOutputs(TrackOutputs& t, TrackCommand command, bool haveSequence,
     return false;
   }
   // conserved segments
-  if (t.minIdentity) {
-    const auto v = decimalNumber(*t.minIdentity, -1, 1);
-    if (!v) {
-      *error = "invalid --min-identity '" + *t.minIdentity + "': expected a fraction from 0 to 1, such as 0.70";
-      return false;
-    }
-    t.segmentRule.minIdentity = *v;
-  }
-  if (t.minLength) {
-    const auto v = wholeNumber(*t.minLength, 1, INT32_MAX);
-    if (!v) {
-      *error = "invalid --min-length '" + *t.minLength + "': expected a whole number of bases from 1";
-      return false;
-    }
-    t.segmentRule.minLength = static_cast<int64_t>(*v);
-  }
-  if (t.above) {
-    if (t.minIdentity) {
-      *error = "--above and --min-identity are two thresholds: give one";
-      return false;
-    }
-    if (!tracks::parseAbove(*t.above, t.segmentRule, error)) return false;
-  }
+  if (!readSegmentRule(t.minIdentity, t.minLength, t.above, t.segmentRule, error)) return false;
   if ((t.minIdentity || t.minLength || t.above) && !t.segments && !t.segmentsTsv) {
     *error = "--min-identity, --min-length and --above need --segments or --segments-tsv";
     return false;

@@ -36,6 +36,11 @@ struct TrackOutputs {
 // drawing's), which the caller passes on to track.unit.
 void addTrackOptions(std::vector<Option>& table, TrackOutputs& t, TrackCommand command);
 
+// The segment rule of --min-identity, --min-length and --above as typed;
+// false with a usage sentence.
+bool readSegmentRule(const std::optional<std::string>& minIdentity, const std::optional<std::string>& minLength,
+                     const std::optional<std::string>& above, tracks::SegmentRule& rule, std::string* error);
+
 // After the parse: numbers and combinations; false with a usage sentence.
 bool checkTrackOutputs(TrackOutputs& t, TrackCommand command, bool haveSequence, std::string* error);
 
