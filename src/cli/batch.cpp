@@ -67,19 +67,12 @@ struct Pair {
   int index = 0;  // 1-based, in manifest order
   BatchLine line;
   std::vector<std::string> args;  // compare's arguments, paths resolved
+  std::string longArg, shortArg;  // the two sequences as the line names them
   std::string folder;             // its folder's name in the output folder
   pid_t pid = -1;
   int status = -1;  // the exit status, or 128 + the signal
   std::string message;
 };
-
-bool hasOption(const std::vector<std::string>& words, const std::string& name) {
-  for (const std::string& w : words) {
-    if (w == "--") break;
-    if (w == "--" + name || w.rfind("--" + name + "=", 0) == 0) return true;
-  }
-  return false;
-}
 
 // compare's arguments of a line: inputs from the manifest's folder, the
 // default outputs, the batch's seed and a share of the cores.
@@ -93,17 +86,18 @@ bool preparePair(Pair& p, const fs::path& base, const BatchOptions& b, unsigned 
     if (path.empty() || path == "-" || path[0] == '/') return path;
     return (base / path).lexically_normal().string();
   };
-  if (!resolveComparisonInputs(false, p.args, resolve, why)) return false;
   ComparisonOptions o;
-  parseComparisonOptions(false, p.args, o, why);
+  if (!resolveComparisonInputs(false, p.args, resolve, o, why)) return false;
   if (o.help || o.version) {
     *why = "--help and --version have no place in a manifest";
     return false;
   }
-  for (const char* out : {"report", "rows", "result"}) {
-    if (hasOption(p.line.words, out)) continue;
+  for (auto [given, out] : {std::pair{&o.report, "report"}, {&o.rows, "rows"}, {&o.result, "result"}}) {
+    if (*given) continue;
     p.args.insert(p.args.end(), {std::string("--") + out, std::string(out) + ".txt"});
   }
+  p.longArg = o.longPath;
+  p.shortArg = o.shortPath;
   if (b.seed && !o.seed) p.args.insert(p.args.end(), {"--seed", std::to_string(*b.seed)});
   if (!o.threads) p.args.insert(p.args.end(), {"--threads", std::to_string(threadsEach)});
   p.args.insert(p.args.begin(), "compare");
@@ -183,10 +177,7 @@ bool writeSummary(const std::vector<Pair>& pairs, const fs::path& outDir, std::s
   std::ofstream out(path, std::ios::binary);
   out << "pair\tline\tlong\tshort\tstatus\tfolder\tmessage\n";
   for (const Pair& p : pairs) {
-    ComparisonOptions o;
-    std::string ignored;
-    parseComparisonOptions(false, p.line.words, o, &ignored);
-    out << p.index << '\t' << p.line.number << '\t' << tsvField(o.longPath) << '\t' << tsvField(o.shortPath) << '\t'
+    out << p.index << '\t' << p.line.number << '\t' << tsvField(p.longArg) << '\t' << tsvField(p.shortArg) << '\t'
         << (p.status == 0 ? "ok" : "failed") << '\t' << p.folder << '\t' << tsvField(p.message) << '\n';
   }
   out.close();

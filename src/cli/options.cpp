@@ -163,12 +163,13 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
 
 bool resolveComparisonInputs(bool cpg, std::vector<std::string>& args,
                              const std::function<std::string(const std::string&)>& resolve,
-                             std::string* error) {
-  ComparisonOptions o;
+                             ComparisonOptions& o, std::string* error) {
   if (!parseComparisonOptions(cpg, args, o, error)) return false;
   if (o.help || o.version) return true;
+  // The same words again, for where each operand and value stands.
+  ComparisonOptions again;
   CommandLine line;
-  parseCommandLine(args, comparisonTable(o), line, error);
+  parseCommandLine(args, comparisonTable(again), line, error);
   for (const CommandLine::Place& at : line.places) {
     if (!at.option.empty() && at.option != "aligned") continue;
     std::string& word = args[at.index];

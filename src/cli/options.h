@@ -65,10 +65,11 @@ bool parseComparisonOptions(bool cpg, const std::vector<std::string>& args,
 
 // The arguments of compare (cpg) with every file they read passed through
 // resolve: the operands and the files of --aligned. The outputs are left as
-// they are. False with the usage error in *error.
+// they are; options holds the arguments as they were given. False with the
+// usage error in *error.
 bool resolveComparisonInputs(bool cpg, std::vector<std::string>& args,
                              const std::function<std::string(const std::string&)>& resolve,
-                             std::string* error);
+                             ComparisonOptions& options, std::string* error);
 
 // The --help text of compare and cpg.
 std::string comparisonHelp();
