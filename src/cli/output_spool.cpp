@@ -1,6 +1,9 @@
 // output_spool.cpp -- spooling an output beside its target, then renaming it or copying it out.
 #include "cli/output_spool.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -65,11 +68,29 @@ bool OutputSpool::copyInto(std::FILE* to, std::string_view head, const std::stri
                            std::string* why) {
   // An empty head may have no storage at all: fwrite takes no null pointer.
   bool ok = head.empty() || std::fwrite(head.data(), 1, head.size(), to) == head.size();
-  std::vector<char> buf(std::size_t{1} << 20);
-  std::size_t n;
-  while (ok && (n = std::fread(buf.data(), 1, buf.size(), file_)) > 0)
-    ok = std::fwrite(buf.data(), 1, n, to) == n;
-  ok = ok && !std::ferror(file_) && std::fflush(to) == 0;
+  ok = ok && std::fflush(to) == 0;
+  // The kernel copies between the files itself where it can (the rows of a
+  // long run are hundreds of megabytes); through a buffer where it cannot
+  // (a pipe, a terminal, another file system on an old kernel).
+  loff_t from = 0;
+  bool copied = false;
+  for (ssize_t n; ok; copied = true) {
+    n = ::copy_file_range(::fileno(file_), &from, ::fileno(to), nullptr, std::size_t{1} << 30, 0);
+    if (n == 0) break;
+    if (n < 0) {
+      ok = copied ? false : (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP ||
+                             errno == EBADF);
+      break;
+    }
+  }
+  if (ok && !copied) {
+    std::vector<char> buf(std::size_t{1} << 20);
+    std::size_t n;
+    std::fseek(file_, 0, SEEK_SET);
+    while (ok && (n = std::fread(buf.data(), 1, buf.size(), file_)) > 0)
+      ok = std::fwrite(buf.data(), 1, n, to) == n;
+    ok = ok && !std::ferror(file_) && std::fflush(to) == 0;
+  }
   if (!ok) *why = cannotWrite(name);
   return ok;
 }
@@ -124,6 +145,8 @@ bool OutputSpool::commit(const Console& c, std::string_view head, std::string* w
     *why = "cannot write " + target_ + ": " + ec.message();
     return false;
   }
+  // The spool joined behind the head is of no more use.
+  if (from != path_) removeQuietly(path_);
   return true;
 }
 
