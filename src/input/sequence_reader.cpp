@@ -181,8 +181,9 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
   int64_t total = 0;
   ContentCensus census;
   std::optional<std::string> firstTitle;
+  std::string line;
   do {
-    const std::string line = in.readLine();
+    in.readLine(line);
     if (!firstTitle && isTitle(line)) firstTitle = line;
     total += reverse ? formattedLength(cara, line) : static_cast<int64_t>(line.size());
     census.add(line);
@@ -213,7 +214,7 @@ std::string readSequence(ComparisonState& st, Form& form, int side, const Sequen
   detail::RemovedTally removed;
   std::string clean;
   do {
-    const std::string line = in.readLine();
+    in.readLine(line);
     if (direct) {
       // the same bytes as formatseq and the code of each letter, in one pass
       if (isTitle(line)) continue;

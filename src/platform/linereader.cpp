@@ -78,19 +78,27 @@ int LineReader::nextByte() {
 
 std::string LineReader::readLine() {
   std::string line;
+  readLine(line);
+  return line;
+}
+
+void LineReader::readLine(std::string& line) {
+  line.clear();
   for (;;) {
-    if (pos_ >= buf_.size() && !fill()) return line;
-    // Take the run of bytes up to the next line end in one piece.
+    if (pos_ >= buf_.size() && !fill()) return;
+    // Take the run of bytes up to the next line end in one piece: the first
+    // LF, or a CR before it.
     const char* start = buf_.data() + pos_;
-    std::size_t avail = buf_.size() - pos_;
-    std::size_t k = 0;
-    while (k < avail && start[k] != '\n' && start[k] != '\r') ++k;
+    const std::size_t avail = buf_.size() - pos_;
+    const void* lf = std::memchr(start, '\n', avail);
+    std::size_t k = lf ? static_cast<std::size_t>(static_cast<const char*>(lf) - start) : avail;
+    if (const void* cr = std::memchr(start, '\r', k)) k = static_cast<std::size_t>(static_cast<const char*>(cr) - start);
     line.append(start, k);
     pos_ += k;
     if (k < avail) {
       char c = buf_[pos_++];
       if (c == '\r' && peekByte() == '\n') ++pos_;
-      return line;
+      return;
     }
   }
 }

@@ -34,6 +34,8 @@ class LineReader {
 
   // The next line; an empty string at the end of the stream.
   std::string readLine();
+  // The same into line, whose storage is kept from one line to the next.
+  void readLine(std::string& line);
   // True when no byte is left.
   bool eof();
   // Up to n raw bytes from the present position.
