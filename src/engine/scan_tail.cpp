@@ -47,12 +47,15 @@ bool ScanTail::steal(int64_t& from, int64_t& to, int64_t repeat) {
   if (givenUp_) return false;
   // The tester goes on from committed_ + 1; the thief repeats `repeat`
   // positions before its own, untested and each on fewer starts, about half
-  // the work of as many tested ones: the tester keeps (left + repeat / 2) / 2,
-  // and both end about together. Worth it where that ends the scan well
-  // before the tester alone would: with at least twice the repeat left.
+  // the work of as many tested ones, and tests a position in about 1.2 times
+  // the tester's time (measured at 4 kb and 10 kb: the thief's stretches wait
+  // in new memory until the tester has joined its own): the tester keeps
+  // 6 / 11 of left + repeat / 2, and both end about together. Worth it where
+  // that ends the scan well before the tester alone would: with at least
+  // twice the repeat left.
   const int64_t left = limit_ - committed_;
   if (left < 2 * (repeat + 1) || left < 2 * kLeastStolen) return false;
-  from = committed_ + 1 + (left + repeat / 2) / 2;
+  from = committed_ + 1 + 6 * (left + repeat / 2) / 11;
   to = limit_;
   limit_ = from - 1;
   return true;
