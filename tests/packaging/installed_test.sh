@@ -30,11 +30,13 @@ check "trelvane --help, no display" same "$("${nodisplay[@]}" "$USR/bin/trelvane
 compare() {  # compare PROGRAM OUTDIR
   mkdir -p "$2"
   "$1" compare "$ROOT/examples/HUMHBB.fa" "$ROOT/examples/V00508.fa" --seed 1 --quiet \
-    --report "$2/report.txt" --rows "$2/rows.txt" --result "$2/result.txt" --svg "$2/profile.svg"
+    --report "$2/report.txt" --rows "$2/rows.txt" --result "$2/result.txt" --svg "$2/profile.svg" \
+    --bigwig "$2/profile.bw"
 }
 compare "$USR/bin/trelvane-cli" "$SCRATCH/installed"
 compare "$BUILD/src/cli/trelvane-cli" "$SCRATCH/built"
-for f in report.txt rows.txt result.txt profile.svg; do
+# profile.bw: libBigWig, which the program opens only to write one, found where installed.
+for f in report.txt rows.txt result.txt profile.svg profile.bw; do
   check "compare --seed 1: $f as from the build tree" cmp "$SCRATCH/installed/$f" "$SCRATCH/built/$f"
 done
 check "the result file's first line" same "$(head -n 1 "$SCRATCH/installed/result.txt")" "Trelvane comparison"
