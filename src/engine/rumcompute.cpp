@@ -51,13 +51,12 @@ std::string RunContext::failure() const {
   return failureText;
 }
 
-void RunContext::testTextLimit() const {
-  if (s.textLimit == 0 || report.size() + rows.rowpos() <= s.textLimit) return;
+void RunContext::failTextLimit() const {
   fail("The listing and rows outgrew " + bytesText(s.textLimit) +
        ", the most this machine's memory allows: " + remedy(s));
 }
 
-void RunContext::spillTexts(bool all) {
+void RunContext::spillTextsNow(bool all) {
   if (s.reportSink && (all || report.size() >= kSpillBytes)) {
     s.reportSink->write(report);
     reportSpilled += report.size();
@@ -74,16 +73,9 @@ void RunContext::spillTexts(bool all) {
     }
 }
 
-bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total) {
-  c.host.doEvents();
-  if (++counter >= progressstep) {
-    int32_t done = wrap32(static_cast<int64_t>(c.s.progressWidth) * units);
-    c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
-    counter = 0;
-  }
-  c.spillTexts();
-  c.testTextLimit();
-  return c.stopAsked();
+void showProgress(RunContext& c, int32_t units, int32_t total) {
+  int32_t done = wrap32(static_cast<int64_t>(c.s.progressWidth) * units);
+  c.host.progress(toInt(static_cast<double>(done) / static_cast<double>(total)), c.s.progressWidth);
 }
 
 std::string outOfMemoryText(const RunSettings& s) {

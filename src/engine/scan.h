@@ -120,11 +120,20 @@ struct RunContext {
   // the first reason given.
   void fail(const std::string& why) const;
   std::string failure() const;
+  void failTextLimit() const;
+  void spillTextsNow(bool all);
   // Fails the run once its texts pass the bound of the settings.
-  void testTextLimit() const;
+  void testTextLimit() const {
+    if (s.textLimit != 0 && report.size() + rows.rowpos() > s.textLimit) failTextLimit();
+  }
   // The report into its sink once it holds kSpillBytes (all of it with
-  // `all`); a sink that failed to write fails the run.
-  void spillTexts(bool all = false);
+  // `all`); a sink that failed to write fails the run. Both are asked at
+  // every position and resampling, and all but a few find nothing to do.
+  void spillTexts(bool all = false) {
+    if (all || (s.reportSink && report.size() >= kSpillBytes) ||
+        reportSpilled + rows.spilled() != spilledWhenChecked)
+      spillTextsNow(all);
+  }
 
   // The len bytes of a block from off, for reading: a pointer into the block
   // (or its zero padding), or a copy read through get() when the window lies
@@ -163,7 +172,17 @@ void scoreFirstPosition(RunContext& c);
 // The progress step and the stop test of a position or a resampling: the
 // yield, then the bar at units / total of its width when the counter reaches
 // progressstep; true on a stop.
-bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total);
+void showProgress(RunContext& c, int32_t units, int32_t total);
+inline bool yieldAndTestStop(RunContext& c, int32_t& counter, int32_t progressstep, int32_t units, int32_t total) {
+  c.host.doEvents();
+  if (++counter >= progressstep) {
+    showProgress(c, units, total);
+    counter = 0;
+  }
+  c.spillTexts();
+  c.testTextLimit();
+  return c.stopAsked();
+}
 // The bar's units at position i of the scan along the longest sequence: its
 // positions done, and the resamplings done beside it where the random
 // expectation runs on a thread of its own, so that the bar shows the work of
