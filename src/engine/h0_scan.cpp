@@ -100,7 +100,10 @@ class H0Scanner {
       enter_[k] = step.enter;
       wins_[k] = res + r + k;
     }
-    startScoresFromZero(m1, wins_.data(), n, W, c_.cells, starts_.data());
+    if (c_.kernel->startScores && W >= 1 && r + W + 32 <= c_.resampled.size() + MemoryBlock::kPad)
+      c_.kernel->startScores(cols.startLut(), res + r, n, W, starts_.data());
+    else
+      startScoresFromZero(m1, wins_.data(), n, W, c_.cells, starts_.data());
     batch_->advance(n, leave_.data(), enter_.data(), starts_.data());
     for (int k = 0; k < n; ++k) pending_[k] = greater(greater(0.0f, batch_->best(k)), starts_[k]);
   }

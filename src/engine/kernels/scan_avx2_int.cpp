@@ -104,9 +104,29 @@ struct Avx2I16Ops : Avx2IntLanes<int16_t> {
   }
 };
 
+// 32 positions a vector: each t adds the cells its shuffle looks up.
+void startScoresU8(const uint8_t* lut, const uint8_t* text, int n, int32_t W, float* out) {
+  const __m256i five = _mm256_set1_epi8(5);
+  __m256i sum = _mm256_setzero_si256();
+  for (int32_t t = 0; t < W; ++t) {
+    const __m256i cells = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(lut + 16 * t)));
+    const __m256i bytes = _mm256_min_epu8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(text + t)), five);
+    sum = _mm256_add_epi8(sum, _mm256_shuffle_epi8(cells, bytes));
+  }
+  alignas(32) uint8_t sums[32];
+  _mm256_store_si256(reinterpret_cast<__m256i*>(sums), sum);
+  for (int q = 0; q < n; ++q) out[q] = static_cast<float>(sums[q]);
+}
+
+constexpr ScanKernel withStartScores(ScanKernel k) {
+  k.startScores = &startScoresU8;
+  return k;
+}
+
 }  // namespace
 
-constinit const ScanKernel kAvx2U8Kernel = kernelTable<Avx2U8Ops>("avx2-u8", "avx2", ScoreLanes::kUint8);
+constinit const ScanKernel kAvx2U8Kernel =
+    withStartScores(kernelTable<Avx2U8Ops>("avx2-u8", "avx2", ScoreLanes::kUint8));
 constinit const ScanKernel kAvx2I16Kernel = kernelTable<Avx2I16Ops>("avx2-i16", "avx2", ScoreLanes::kInt16);
 
 }  // namespace trelvane::kernels

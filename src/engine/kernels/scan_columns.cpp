@@ -69,7 +69,15 @@ ScanColumns::ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nsho
   nshort = std::max<int64_t>(nshort, 0);
   paired_ = lanes != ScoreLanes::kFloat;
   switch (lanes) {
-    case ScoreLanes::kUint8: layOutPairs<uint8_t>(storage_, pair_, cells, m1, nshort, W); break;
+    case ScoreLanes::kUint8:
+      layOutPairs<uint8_t>(storage_, pair_, cells, m1, nshort, W);
+      // whole numbers of 0 to 255 (exactScoreLanes)
+      startLut_.assign(static_cast<std::size_t>(std::max(W, 0)) * 16, 0);
+      for (int32_t t = 0; t < W && t < nshort; ++t)
+        for (int x = 0; x < 16; ++x)
+          startLut_[static_cast<std::size_t>(t) * 16 + static_cast<std::size_t>(x)] =
+              static_cast<uint8_t>(cells.cell(m1[t], static_cast<uint8_t>(x)));
+      break;
     case ScoreLanes::kInt16: layOutPairs<int16_t>(storage_, pair_, cells, m1, nshort, W); break;
     case ScoreLanes::kFloat: layOut<float>(storage_, leave_, enter_, cells, m1, nshort, W); break;
   }

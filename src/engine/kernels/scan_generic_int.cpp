@@ -1,4 +1,5 @@
 // scan_generic_int.cpp -- the row kernels in plain C++ over whole-number scores: 16 bytes of lanes, in bytes or in 16 bits.
+#include <algorithm>
 #include <bit>
 
 #include "engine/kernels/row_kernels.h"
@@ -69,10 +70,24 @@ struct GenericIntOps {
   static uint32_t equal(Vec v, Vec m) { return bits(v == m); }
 };
 
+// Whole numbers: the sums in any order, as integers.
+void startScoresU8(const uint8_t* lut, const uint8_t* text, int n, int32_t W, float* out) {
+  for (int q = 0; q < n; ++q) {
+    uint32_t sum = 0;
+    for (int32_t t = 0; t < W; ++t) sum += lut[16 * t + std::min<uint8_t>(text[q + t], 5)];
+    out[q] = static_cast<float>(sum);
+  }
+}
+
+constexpr ScanKernel withStartScores(ScanKernel k) {
+  k.startScores = &startScoresU8;
+  return k;
+}
+
 }  // namespace
 
 constinit const ScanKernel kGenericU8Kernel =
-    kernelTable<GenericIntOps<uint8_t>>("generic-u8", "generic", ScoreLanes::kUint8);
+    withStartScores(kernelTable<GenericIntOps<uint8_t>>("generic-u8", "generic", ScoreLanes::kUint8));
 constinit const ScanKernel kGenericI16Kernel =
     kernelTable<GenericIntOps<int16_t>>("generic-i16", "generic", ScoreLanes::kInt16);
 

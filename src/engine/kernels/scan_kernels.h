@@ -91,6 +91,15 @@ using PutScoresFn = void (*)(const float* scores, int64_t n, void* row);
 // row[j] as a Single.
 using ScoreAtFn = float (*)(const void* row, int64_t j);
 
+// The full scores at start 0 of n (1 to 32) successive positions, in byte
+// lanes: out[q] = the sum over t < W of lut[16 t + min(text[q + t], 5)],
+// where lut holds, for each t, the cells of m1[t] against the bytes 0 to 5
+// (ScanColumns::startLut). In byte lanes every cell is a whole number and
+// every window score lies within 0 to 255, so the sum is exact, the Single
+// sums of either order (from the first cell or from 0) for W of 1 or more.
+// Reads text[0 .. W + 31].
+using StartScoresFn = void (*)(const uint8_t* lut, const uint8_t* text, int n, int32_t W, float* out);
+
 // A variant of the row kernels. The scalar one has no functions: the scans
 // then run the reference kernels of scan_scalar.cpp, cell by cell.
 struct ScanKernel {
@@ -106,6 +115,9 @@ struct ScanKernel {
   BlockMatchFn blockMatch;
   PutScoresFn putScores;
   ScoreAtFn scoreAt;
+  // Byte lanes only, elsewhere null: the start scores in the lanes, in place
+  // of the Single sums' chains (startScoresFromFirst, startScoresFromZero).
+  StartScoresFn startScores = nullptr;
 
   bool isScalar() const { return advanceSpan == nullptr; }
   // The bytes of blockmax from one block to the next.
@@ -174,6 +186,10 @@ class ScanColumns {
     if (paired_) return {pair_[l][e], nullptr};
     return {leave_[l], enter_[e]};
   }
+  // Byte lanes: for each t < W, the 16 cells of m1[t] against the longest
+  // side's bytes 0 to 15 (above 4 as N), as StartScoresFn reads them; null
+  // in other lanes.
+  const uint8_t* startLut() const { return startLut_.empty() ? nullptr : startLut_.data(); }
 
  private:
   LaneStorage storage_;
@@ -181,6 +197,7 @@ class ScanColumns {
   const void* leave_[5] = {};
   const void* enter_[5] = {};
   const void* pair_[5][5] = {};
+  std::vector<uint8_t> startLut_;
 };
 
 }  // namespace trelvane
