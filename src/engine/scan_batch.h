@@ -76,7 +76,9 @@ class RowBatch {
   // One span of step k, its greatest score kept for best(k).
   float span(int k, const std::byte* prev, std::byte* next, int64_t lo, int64_t hi, const void* leave,
              const void* enter) {
-    const float b = kernel_.advanceSpan(prev, next, lo, hi, leave, enter, blockmaxOf(k));
+    // The random expectation reads only the best: no block maxima.
+    const float b =
+        kernel_.advanceSpan(prev, next, lo, hi, leave, enter, keep_ == Keep::kBestOnly ? nullptr : blockmaxOf(k));
     float& kept = best_[static_cast<std::size_t>(k)];
     kept = b > kept ? b : kept;
     return b;

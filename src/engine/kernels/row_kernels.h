@@ -273,9 +273,18 @@ struct RowKernels {
   // either end, the general one.
   static Score advanceSpan(const Score* prev, Score* next, int64_t lo, int64_t hi, const Score* leave,
                            const Score* enter, Score* blockmax) {
+    return blockmax ? advanceSpanOf<true>(prev, next, lo, hi, leave, enter, blockmax)
+                    : advanceSpanOf<false>(prev, next, lo, hi, leave, enter, blockmax);
+  }
+  // kBlocks: each block's greatest scores folded into blockmax; without, the
+  // span's greatest alone (the fold and its store were a fifth of the work
+  // of a whole block in byte lanes).
+  template <bool kBlocks>
+  static Score advanceSpanOf(const Score* prev, Score* next, int64_t lo, int64_t hi, const Score* leave,
+                             const Score* enter, Score* blockmax) {
     Vec span = Ops::splat(kNone);
     auto done = [&](int64_t b, Vec acc) {
-      Ops::storeBlock(blockmax + b * BL, acc);
+      if constexpr (kBlocks) Ops::storeBlock(blockmax + b * BL, acc);
       span = Ops::max(acc, span);
     };
     int64_t b = lo / kScanBlock;

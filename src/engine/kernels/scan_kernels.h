@@ -66,7 +66,8 @@ enum class ScoreLanes : uint8_t { kUint8, kInt16, kFloat };
 // bytes of blockmax from b times that (at most kBlockMaxBytes), in a form
 // of the kernel's own, for its BlocksMaxFn and BlockCandidatesFn; a
 // not-a-number score is never the greatest, and
-// -infinity means none (byte lanes: 0, which no score lies below). Returns
+// -infinity means none (byte lanes: 0, which no score lies below); a null
+// blockmax keeps none, for a scan that needs only the best score. Returns
 // the greatest new score of the span, in the same terms (taken in
 // registers, where reading blockmax back would wait on its stores).
 using AdvanceSpanFn = float (*)(const void* prev, void* next, int64_t lo, int64_t hi, const void* leave,
