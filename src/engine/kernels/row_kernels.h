@@ -499,13 +499,14 @@ struct UntypedKernels {
   static float scoreAt(const void* row, int64_t j) { return static_cast<float>(in(row)[j]); }
 };
 
-// The table of a variant's kernels.
+// The table of a variant's kernels (start scores of byte lanes where given).
 template <class Ops>
-constexpr ScanKernel kernelTable(const char* name, const char* family, ScoreLanes scores) {
+constexpr ScanKernel kernelTable(const char* name, const char* family, ScoreLanes scores,
+                                 StartScoresFn startScores = nullptr) {
   using U = UntypedKernels<Ops>;
   return {name,          family,        scores,         Ops::kLanes,         Ops::kBlockLanes,
           sizeof(typename Ops::Score), &U::advanceSpan, &U::blocksMax, &U::blockCandidates, &U::blockMatch,
-          &U::putScores, &U::scoreAt};
+          &U::putScores, &U::scoreAt,   startScores};
 }
 
 }  // namespace

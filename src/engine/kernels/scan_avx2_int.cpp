@@ -118,15 +118,10 @@ void startScoresU8(const uint8_t* lut, const uint8_t* text, int n, int32_t W, fl
   for (int q = 0; q < n; ++q) out[q] = static_cast<float>(sums[q]);
 }
 
-constexpr ScanKernel withStartScores(ScanKernel k) {
-  k.startScores = &startScoresU8;
-  return k;
-}
-
 }  // namespace
 
 constinit const ScanKernel kAvx2U8Kernel =
-    withStartScores(kernelTable<Avx2U8Ops>("avx2-u8", "avx2", ScoreLanes::kUint8));
+    kernelTable<Avx2U8Ops>("avx2-u8", "avx2", ScoreLanes::kUint8, &startScoresU8);
 constinit const ScanKernel kAvx2I16Kernel = kernelTable<Avx2I16Ops>("avx2-i16", "avx2", ScoreLanes::kInt16);
 
 }  // namespace trelvane::kernels

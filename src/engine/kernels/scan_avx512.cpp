@@ -1,15 +1,5 @@
 // scan_avx512.cpp -- the row kernels with AVX-512, sixteen starts a vector (compiled with AVX-512 F and DQ; no products).
-// GCC 12 takes the undefined vectors inside some AVX-512 intrinsics for
-// uninitialized ones.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#endif
-#include <immintrin.h>
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
+#include "engine/kernels/avx512_intrinsics.h"
 
 #include <cmath>
 

@@ -1,15 +1,5 @@
 // scan_avx512_int.cpp -- the row kernels with AVX-512 BW over whole-number scores: 64 starts a vector in bytes, 32 in 16 bits.
-// GCC 12 takes the undefined vectors inside some AVX-512 intrinsics for
-// uninitialized ones.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#endif
-#include <immintrin.h>
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
+#include "engine/kernels/avx512_intrinsics.h"
 
 #include "engine/kernels/row_kernels.h"
 

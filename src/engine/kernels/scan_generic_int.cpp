@@ -79,15 +79,10 @@ void startScoresU8(const uint8_t* lut, const uint8_t* text, int n, int32_t W, fl
   }
 }
 
-constexpr ScanKernel withStartScores(ScanKernel k) {
-  k.startScores = &startScoresU8;
-  return k;
-}
-
 }  // namespace
 
 constinit const ScanKernel kGenericU8Kernel =
-    withStartScores(kernelTable<GenericIntOps<uint8_t>>("generic-u8", "generic", ScoreLanes::kUint8));
+    kernelTable<GenericIntOps<uint8_t>>("generic-u8", "generic", ScoreLanes::kUint8, &startScoresU8);
 constinit const ScanKernel kGenericI16Kernel =
     kernelTable<GenericIntOps<int16_t>>("generic-i16", "generic", ScoreLanes::kInt16);
 
