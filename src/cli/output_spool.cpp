@@ -95,6 +95,20 @@ bool OutputSpool::copyInto(std::FILE* to, std::string_view head, const std::stri
   return ok;
 }
 
+bool OutputSpool::copyIntoFile(const std::string& path, std::string_view head, std::string* why) {
+  std::FILE* to = std::fopen(path.c_str(), "wb");
+  if (!to) {
+    *why = cannotWrite(target_);
+    return false;
+  }
+  bool ok = copyInto(to, head, target_, why);
+  if (std::fclose(to) != 0 && ok) {
+    *why = cannotWrite(target_);
+    ok = false;
+  }
+  return ok;
+}
+
 bool OutputSpool::commit(const Console& c, std::string_view head, std::string* why) {
   if (!failure_.empty()) {
     *why = failure_;
@@ -104,42 +118,21 @@ bool OutputSpool::commit(const Console& c, std::string_view head, std::string* w
     *why = cannotWrite(target_);
     return false;
   }
-  std::rewind(file_);
-  std::error_code ec;
   if (path_.empty()) {
     // Standard output, or a device opened as any output is.
     if (target_ == "-") return copyInto(c.out, head, "-", why);
-    std::FILE* to = std::fopen(target_.c_str(), "wb");
-    if (!to) {
-      *why = cannotWrite(target_);
-      return false;
-    }
-    bool ok = copyInto(to, head, target_, why);
-    if (std::fclose(to) != 0 && ok) {
-      *why = cannotWrite(target_);
-      ok = false;
-    }
-    return ok;
+    return copyIntoFile(target_, head, why);
   }
   std::string from = path_;
   if (!head.empty()) {
     // The head is known at the end of the run only: it and the spool are
     // joined into a second file beside the target.
-    std::FILE* to = std::fopen(headPath_.c_str(), "wb");
-    if (!to) {
-      *why = cannotWrite(target_);
-      return false;
-    }
-    bool ok = copyInto(to, head, target_, why);
-    if (std::fclose(to) != 0 && ok) {
-      *why = cannotWrite(target_);
-      ok = false;
-    }
-    if (!ok) return false;
+    if (!copyIntoFile(headPath_, head, why)) return false;
     from = headPath_;
   }
   std::fclose(file_);
   file_ = nullptr;
+  std::error_code ec;
   std::filesystem::rename(from, target_, ec);
   if (ec) {
     *why = "cannot write " + target_ + ": " + ec.message();

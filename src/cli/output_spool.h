@@ -35,7 +35,10 @@ class OutputSpool : public TextSink {
   bool commit(const Console& c, std::string_view head, std::string* why);
 
  private:
+  // Head and then the spooled text into `to` (named `name` in a failure),
+  // or into a file created at path.
   bool copyInto(std::FILE* to, std::string_view head, const std::string& name, std::string* why);
+  bool copyIntoFile(const std::string& path, std::string_view head, std::string* why);
 
   std::string target_;
   std::string path_;      // the spool beside the target; empty for a temporary file
