@@ -122,8 +122,9 @@ std::vector<std::string> recordNames(const std::string& path) {
   if (indexed ? !in.open(path + ".fai")
               : isCompressedFile(path) ? !openDecompressed(in, path, why, broken) : !in.open(path))
     return names;
+  std::string line;
   while (!in.eof()) {
-    const std::string line = in.readLine();
+    in.readLine(line);
     if (indexed) {
       names.push_back(line.substr(0, line.find('\t')));
     } else if (!line.empty() && line[0] == '>') {
@@ -229,9 +230,9 @@ bool FastaFile::scan(const std::string* wanted, int64_t from, int64_t to, const 
   std::vector<FastaRecord> found;
   bool inWanted = false, seenWanted = false, first = true;
   int64_t pos = 0;  // letters of the present record so far
-  std::string piece;
+  std::string piece, line;
   while (!in.eof()) {
-    const std::string line = in.readLine();
+    in.readLine(line);
     if (first && !line.empty() && line[0] == '@') {
       why = "it looks like FASTQ (reads with their qualities), not FASTA";
       return false;
