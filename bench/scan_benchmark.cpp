@@ -21,6 +21,7 @@
 #include "engine/run.h"
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
+#include "engine/striped_batch.h"
 #include "state/state.h"
 #include "platform/numtext.h"
 
@@ -272,6 +273,28 @@ void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
                                                           benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// The random expectation's steps in striped rows (integer lanes): what
+// keep:1 of BM_KernelBatch does, in the variant's own form.
+void BM_StripedBatch(benchmark::State& state, const ScanKernel* k) {
+  const KernelInputs in(state.range(0), *k);
+  StripedBatch batch(*k, in.cells, in.m1.data(), in.lastshort + KernelInputs::W, KernelInputs::W, in.lastshort);
+  const int n = batch.steps();
+  int64_t i = KernelInputs::kPositions;
+  float best = 0;
+  for (auto _ : state) {
+    if (i + n > KernelInputs::kPositions) {
+      batch.setBefore(in.first.data());
+      i = 0;
+    }
+    batch.advance(n, in.m0.data() + i, in.m0.data() + i + KernelInputs::W, in.starts.data() + i);
+    best = batch.best(n - 1) > best ? batch.best(n - 1) : best;
+    i += n;
+  }
+  benchmark::DoNotOptimize(best);
+  state.counters["cells_per_second"] = benchmark::Counter(static_cast<double>(in.lastshort) * n,
+                                                          benchmark::Counter::kIsIterationInvariantRate);
+}
+
 // The tests' kernels over the row of position 1 (blocks of 128 starts):
 // test:0 the greatest score of its blocks, test:1 the blocks that reach 20
 // identities, test:2 the ties and listed starts of every span of kMatchSpan
@@ -316,6 +339,11 @@ const bool kernelBenchmarks = [] {
     benchmark::RegisterBenchmark(("BM_KernelBatch/" + name).c_str(), BM_KernelBatch, &k)
         ->ArgNames({"keep", "short"})
         ->ArgsProduct({{0, 1, 2}, {2000, 10000}});
+    if (k.advanceStriped)
+      benchmark::RegisterBenchmark(("BM_StripedBatch/" + name).c_str(), BM_StripedBatch, &k)
+          ->ArgName("short")
+          ->Arg(2000)
+          ->Arg(10000);
     benchmark::RegisterBenchmark(("BM_KernelTests/" + name).c_str(), BM_KernelTests, &k)
         ->ArgNames({"test", "short"})
         ->ArgsProduct({{0, 1, 2}, {2000, 10000}});

@@ -11,6 +11,7 @@
 #include "engine/scan.h"
 #include "engine/scan_batch.h"
 #include "engine/scan_tail.h"
+#include "engine/striped_batch.h"
 #include "platform/numtext.h"
 #include "platform/rnd.h"
 
@@ -48,7 +49,10 @@ class H0Scanner {
   explicit H0Scanner(const RunContext& c)
       : c_(c), row_(static_cast<std::size_t>(c.lastshort) + 1, 0.0f),
         histogram_(c.histogram.size(), 0.0f) {
-    if (!c.kernel->isScalar()) batch_.emplace(*c.kernel, c.lastshort, RowBatch::Keep::kBestOnly);
+    if (c.kernel->advanceStriped)
+      striped_.emplace(*c.kernel, c.cells, c.m1->data(), c.nshort, c.W, c.lastshort);
+    else if (!c.kernel->isScalar())
+      batch_.emplace(*c.kernel, c.lastshort, RowBatch::Keep::kBestOnly);
     const std::size_t steps = static_cast<std::size_t>(batchSteps());
     pending_.resize(steps);
     leave_.resize(steps);
@@ -66,11 +70,12 @@ class H0Scanner {
       maxscore = greater(maxscore, row_[j]);
     }
     if (batch_) batch_->setBefore(row_.data());
+    if (striped_) striped_->setBefore(row_.data());
     record(maxscore);
   }
 
   // The most resamplings that compute() takes at once.
-  int batchSteps() const { return batch_ ? batch_->steps() : 1; }
+  int batchSteps() const { return striped_ ? striped_->steps() : batch_ ? batch_->steps() : 1; }
   // The resamplings whose best scores wait to be recorded.
   int pending() const { return pendingCount_ - pendingNext_; }
 
@@ -81,7 +86,7 @@ class H0Scanner {
     const int32_t W = c_.W;
     pendingCount_ = n;
     pendingNext_ = 0;
-    if (!batch_) {
+    if (!batch_ && !striped_) {
       // The start of the diagonal first, then the row; the start goes into
       // the row after, which still needs the previous scorerow[0].
       const float start = fullScoreFromZero(m1, res + r, W, c_.cells);
@@ -94,16 +99,21 @@ class H0Scanner {
       return;
     }
     const ScanColumns& cols = *c_.columns;
-    for (int k = 0; k < n; ++k) {
-      const StepColumns step = cols.forStep(res[r + k - 1], res[r + k + W - 1]);
-      leave_[k] = step.leave;
-      enter_[k] = step.enter;
-      wins_[k] = res + r + k;
-    }
+    for (int k = 0; k < n; ++k) wins_[k] = res + r + k;
     if (c_.kernel->startScores && W >= 1 && r + W + 32 <= c_.resampled.size() + MemoryBlock::kPad)
       c_.kernel->startScores(cols.startLut(), res + r, n, W, starts_.data());
     else
       startScoresFromZero(m1, wins_.data(), n, W, c_.cells, starts_.data());
+    if (striped_) {
+      striped_->advance(n, res + r - 1, res + r + W - 1, starts_.data());
+      for (int k = 0; k < n; ++k) pending_[k] = greater(greater(0.0f, striped_->best(k)), starts_[k]);
+      return;
+    }
+    for (int k = 0; k < n; ++k) {
+      const StepColumns step = cols.forStep(res[r + k - 1], res[r + k + W - 1]);
+      leave_[k] = step.leave;
+      enter_[k] = step.enter;
+    }
     batch_->advance(n, leave_.data(), enter_.data(), starts_.data());
     for (int k = 0; k < n; ++k) pending_[k] = greater(greater(0.0f, batch_->best(k)), starts_[k]);
   }
@@ -126,7 +136,8 @@ class H0Scanner {
 
   const RunContext& c_;
   ScoreRow row_;  // the scalar kernel's row, and resampling 0's
-  std::optional<RowBatch> batch_;
+  std::optional<RowBatch> batch_;      // Single lanes
+  std::optional<StripedBatch> striped_;  // integer lanes
   std::vector<float> pending_;
   int pendingCount_ = 0, pendingNext_ = 0;
   std::vector<const void*> leave_, enter_;

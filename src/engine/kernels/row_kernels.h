@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "engine/kernels/scan_kernels.h"
 
@@ -425,6 +427,102 @@ struct RowKernels {
   }
 };
 
+// Whether an Ops struct runs steps in striped rows (integer lanes):
+//   shiftUp(v, below)  lane 0 the last lane of below, lane x lane x - 1 of v
+//   min(a, b)          the lesser of each lane
+template <class Ops>
+concept StripedLanes = requires(typename Ops::Vec v) {
+  { Ops::shiftUp(v, v) } -> std::same_as<typename Ops::Vec>;
+  { Ops::min(v, v) } -> std::same_as<typename Ops::Vec>;
+};
+
+// See AdvanceStripedFn. A group's vectors stay in registers through every
+// step; each step reads one vector of its pair column a vector of the group,
+// and the only lane shift is that of the group's top vector.
+template <class Ops>
+  requires StripedLanes<Ops>
+struct StripedKernels {
+  using Score = typename Ops::Score;
+  using Vec = typename Ops::Vec;
+  static constexpr int R = kStripeVectors;
+  static constexpr int64_t L = Ops::kLanes;
+  static constexpr int64_t kGroup = R * L;
+  static constexpr Score kNone = RowKernels<Ops>::kNone;
+  static_assert(R == 8, "greatestOf folds eight vectors");
+
+  static void advance(Score* row, int64_t groups, int n, const Score* const* pair, const Score* clip,
+                      const Score* start0, Score* best) {
+    // below[k]: the vector whose last lane is the start below the group
+    // before step k, group 0's start 0 in every lane
+    Vec acc[kMostStripedSteps], below[kMostStripedSteps];
+    for (int k = 0; k < n; ++k) {
+      acc[k] = Ops::splat(kNone);
+      below[k] = Ops::splat(start0[k]);
+    }
+    for (int64_t g = 0; g < groups; ++g) {
+      Score* at = row + g * kGroup;
+      Vec s[R];
+      for (int v = 0; v < R; ++v) s[v] = Ops::load(at + v * L);
+      if (g + 1 < groups) steps<false>(s, g * kGroup, n, pair, clip, below, acc);
+      else steps<true>(s, g * kGroup, n, pair, clip, below, acc);
+      // after n steps register q holds vector (q + n) modulo R
+      for (int q = 0; q < R; ++q) Ops::store(at + (q + n) % R * L, s[q]);
+    }
+    for (int k = 0; k < n; ++k) best[k] = Ops::greatest(acc[k]);
+  }
+
+  // The n steps of the group at `at`, register q holding vector q at first.
+  // Each vector takes the one below it, and the step adds in place: the
+  // register of vector v becomes that of v + 1, and the top vector's, shifted
+  // one lane, that of vector 0. R steps bring every vector back to its
+  // register; they are written out so that no register moves. On entry
+  // below[k] holds the start below the group before step k in its last
+  // lane; on return, the group's top vector before step k, for the group
+  // above.
+  template <bool kLast>
+  [[gnu::always_inline]] static void steps(Vec (&s)[R], int64_t at, int n, const Score* const* pair,
+                                           const Score* clip, Vec* below, Vec* acc) {
+    int k = 0;
+    for (; k + R <= n; k += R) round<kLast>(s, k, R, at, pair, clip, below, acc, std::make_integer_sequence<int, R>{});
+    round<kLast>(s, k, n - k, at, pair, clip, below, acc, std::make_integer_sequence<int, R - 1>{});
+  }
+
+  // Steps k to k + count - 1 of a round (count at most R).
+  template <bool kLast, int... t>
+  [[gnu::always_inline]] static void round(Vec (&s)[R], int k, int count, int64_t at, const Score* const* pair,
+                                           const Score* clip, Vec* below, Vec* acc, std::integer_sequence<int, t...>) {
+    ((t < count ? step<t, kLast>(s, k + t, pair[k + t] + at, clip, below, acc) : void()), ...);
+  }
+
+  // Step k, the t-th of a round: register q holds vector (q + t) % R.
+  template <int t, bool kLast>
+  [[gnu::always_inline]] static void step(Vec (&s)[R], int k, const Score* p, const Score* clip, Vec* below,
+                                          Vec* acc) {
+    constexpr int kTop = (2 * R - 1 - t) % R;  // the register of vector R - 1
+    const Vec low = Ops::shiftUp(s[kTop], below[k]);
+    below[k] = s[kTop];
+    addColumn<t, kTop>(s, low, p, std::make_integer_sequence<int, R>{});
+    acc[k] = Ops::max(greatestOf<t + 1, kLast>(s, clip), acc[k]);
+  }
+  template <int t, int kTop, int... q>
+  [[gnu::always_inline]] static void addColumn(Vec (&s)[R], Vec low, const Score* p, std::integer_sequence<int, q...>) {
+    ((s[q] = Ops::add(q == kTop ? low : s[q], Ops::load(p + (q + t + 1) % R * L))), ...);
+  }
+
+  // The lanes' greatest of the group's vectors, register q holding vector
+  // (q + t) % R, in a tree so that the maxima need not wait on each other
+  // (the last group: clipped first).
+  template <int t, bool kLast>
+  [[gnu::always_inline]] static Vec greatestOf(const Vec (&s)[R], const Score* clip) {
+    auto c = [&](int q) {
+      if constexpr (kLast) return Ops::min(s[q], Ops::load(clip + (q + t) % R * L));
+      else return s[q];
+    };
+    return Ops::max(Ops::max(Ops::max(c(0), c(1)), Ops::max(c(2), c(3))),
+                    Ops::max(Ops::max(c(4), c(5)), Ops::max(c(6), c(7))));
+  }
+};
+
 // The table's untyped kernels over RowKernels<Ops>, and the Single bounds
 // of the scans turned into the lanes' terms.
 template <class Ops>
@@ -497,6 +595,17 @@ struct UntypedKernels {
     for (int64_t j = 0; j < n; ++j) in(row)[j] = static_cast<Score>(scores[j]);
   }
   static float scoreAt(const void* row, int64_t j) { return static_cast<float>(in(row)[j]); }
+  static void advanceStriped(void* row, int64_t groups, int n, const void* const* pair, const void* clip,
+                             const void* start0, float* best) {
+    Score b[kMostStripedSteps];
+    StripedKernels<Ops>::advance(in(row), groups, n, reinterpret_cast<const Score* const*>(pair), in(clip),
+                                 in(start0), b);
+    for (int k = 0; k < n; ++k) best[k] = single(b[k]);
+  }
+  static constexpr AdvanceStripedFn stripedOrNull() {
+    if constexpr (StripedLanes<Ops>) return &advanceStriped;
+    else return nullptr;
+  }
 };
 
 // The table of a variant's kernels (start scores of byte lanes where given).
@@ -506,7 +615,7 @@ constexpr ScanKernel kernelTable(const char* name, const char* family, ScoreLane
   using U = UntypedKernels<Ops>;
   return {name,          family,        scores,         Ops::kLanes,         Ops::kBlockLanes,
           sizeof(typename Ops::Score), &U::advanceSpan, &U::blocksMax, &U::blockCandidates, &U::blockMatch,
-          &U::putScores, &U::scoreAt,   startScores};
+          &U::putScores, &U::scoreAt,   startScores,        U::stripedOrNull()};
 }
 
 }  // namespace

@@ -33,6 +33,11 @@ struct Avx2IntLanes {
   static const T* prevLoad(const T* prev, int64_t j) { return prev + j; }
   // prev[j-1 .. j+kLanes-2]
   static Vec shiftIn(const T* upper, const T*) { return loadAny(upper - 1); }
+  // Striped rows: below's high half and v's low half, then each half of v
+  // joined one lane on with the half under it (alignr works within halves).
+  static Vec shiftUp(Vec v, Vec below) {
+    return _mm256_alignr_epi8(v, _mm256_permute2x128_si256(v, below, 0x03), 16 - sizeof(T));
+  }
 };
 
 // Scores 0 to 255 in unsigned bytes; the sums wrap modulo 256, exact on
@@ -43,6 +48,7 @@ struct Avx2U8Ops : Avx2IntLanes<uint8_t> {
   static Vec add(Vec a, Vec b) { return _mm256_add_epi8(a, b); }
   static Vec sub(Vec a, Vec b) { return _mm256_sub_epi8(a, b); }
   static Vec max(Vec s, Vec acc) { return _mm256_max_epu8(s, acc); }
+  static Vec min(Vec a, Vec b) { return _mm256_min_epu8(a, b); }
   // lane x: the greatest of lanes x, x + 8, x + 16 and x + 24
   static void storeBlock(uint8_t* p, Vec v) {
     const __m128i h = _mm_max_epu8(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
@@ -77,6 +83,7 @@ struct Avx2I16Ops : Avx2IntLanes<int16_t> {
   static Vec add(Vec a, Vec b) { return _mm256_add_epi16(a, b); }
   static Vec sub(Vec a, Vec b) { return _mm256_sub_epi16(a, b); }
   static Vec max(Vec s, Vec acc) { return _mm256_max_epi16(s, acc); }
+  static Vec min(Vec a, Vec b) { return _mm256_min_epi16(a, b); }
   // lane x: the greater of lanes x and x + 8
   static void storeBlock(int16_t* p, Vec v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p),

@@ -1,6 +1,7 @@
 // scan_columns.cpp -- the matrix as the kernels read it: by columns, and by start on the shortest sequence.
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include "engine/kernels/scan_kernels.h"
 
@@ -63,7 +64,43 @@ void layOutPairs(LaneStorage& storage, const void* (&pair)[5][5], const CellTabl
     }
 }
 
+// StripedPairs in lanes of T.
+template <class T>
+void layOutStriped(LaneStorage& storage, LaneStorage& clip, const void* (&pair)[5][5], const CellTable& cells,
+                   const uint8_t* m1, int64_t nshort, int32_t W, int64_t lastshort, int lanes, int64_t rowScores) {
+  storage.assign(static_cast<std::size_t>(rowScores * 25) * sizeof(T), std::byte{0});
+  T* base = reinterpret_cast<T*>(storage.data());
+  auto cellAt = [&](int64_t j, int l) -> int64_t {
+    return j >= 0 && j < nshort ? static_cast<int64_t>(cells.column(static_cast<uint8_t>(l))[m1[j]]) : 0;
+  };
+  for (int l = 0; l < 5; ++l)
+    for (int e = 0; e < 5; ++e) {
+      T* col = base + (5 * l + e) * rowScores;
+      for (int64_t j = 1; j <= lastshort; ++j)
+        col[stripedIndex(j, lanes)] = static_cast<T>(cellAt(j + W - 1, e) - cellAt(j - 1, l));
+      pair[l][e] = col;
+    }
+  const int64_t group = int64_t{kStripeVectors} * lanes, lastGroup = rowScores - group;
+  clip.assign(static_cast<std::size_t>(group) * sizeof(T), std::byte{0});
+  T* c = reinterpret_cast<T*>(clip.data());
+  std::fill(c, c + group, std::numeric_limits<T>::lowest());
+  for (int64_t j = lastGroup + 1; j <= lastshort; ++j)
+    c[stripedIndex(j, lanes) - lastGroup] = std::numeric_limits<T>::max();
+}
+
 }  // namespace
+
+StripedPairs::StripedPairs(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, int64_t lastshort,
+                           const ScanKernel& kernel)
+    : groups_(lastshort > 0 ? (lastshort - 1) / (int64_t{kStripeVectors} * kernel.lanes) + 1 : 0),
+      lanes_(kernel.lanes) {
+  if (groups_ == 0) return;
+  nshort = std::max<int64_t>(nshort, 0);
+  if (kernel.scores == ScoreLanes::kUint8)
+    layOutStriped<uint8_t>(storage_, clip_, pair_, cells, m1, nshort, W, lastshort, lanes_, rowScores());
+  else
+    layOutStriped<int16_t>(storage_, clip_, pair_, cells, m1, nshort, W, lastshort, lanes_, rowScores());
+}
 
 ScanColumns::ScanColumns(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, ScoreLanes lanes) {
   nshort = std::max<int64_t>(nshort, 0);

@@ -1,6 +1,7 @@
 // scan_generic_int.cpp -- the row kernels in plain C++ over whole-number scores: 16 bytes of lanes, in bytes or in 16 bits.
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "engine/kernels/row_kernels.h"
 
@@ -36,6 +37,31 @@ struct GenericIntOps {
   static Vec add(Vec a, Vec b) { return a + b; }
   static Vec sub(Vec a, Vec b) { return a - b; }
   static Vec max(Vec s, Vec acc) { return s > acc ? s : acc; }
+  static Vec min(Vec a, Vec b) { return a < b ? a : b; }
+  // Lane 0 below's last lane, lane x lane x - 1 of v. On a little-endian
+  // machine each 64-bit word of v moves up a lane and takes the top lane of
+  // the word under it (compilers lower a shuffle of byte lanes poorly without
+  // a byte shuffle instruction); elsewhere, lane by lane.
+  static Vec shiftUp(Vec v, Vec below) {
+    if constexpr (std::endian::native == std::endian::little) {
+      typedef uint64_t Words __attribute__((vector_size(16), may_alias));
+      constexpr int kBits = 8 * sizeof(T);
+      Words w, b;
+      std::memcpy(&w, &v, sizeof w);
+      std::memcpy(&b, &below, sizeof b);
+      const Words under = __builtin_shufflevector(b, w, 1, 2);
+      const Words moved = (w << kBits) | (under >> (64 - kBits));
+      Vec out;
+      std::memcpy(&out, &moved, sizeof out);
+      return out;
+    } else {
+      return shiftedUp(v, below, std::make_index_sequence<kLanes - 1>{});
+    }
+  }
+  template <std::size_t... x>
+  static Vec shiftedUp(Vec v, Vec below, std::index_sequence<x...>) {
+    return __builtin_shufflevector(below, v, kLanes - 1, (kLanes + static_cast<int>(x))...);
+  }
   static T greatest(Vec v) {
     T g = v[0];
     for (int k = 1; k < kLanes; ++k) g = v[k] > g ? v[k] : g;

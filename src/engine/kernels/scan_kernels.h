@@ -101,6 +101,34 @@ using ScoreAtFn = float (*)(const void* row, int64_t j);
 // Reads text[0 .. W + 31].
 using StartScoresFn = void (*)(const uint8_t* lut, const uint8_t* text, int n, int32_t W, float* out);
 
+// Striped rows, for the random expectation in integer lanes: the starts 1 to
+// lastshort of a row go in groups of kStripeVectors vectors of the kernel's
+// lanes, start 1 + g * G + x * kStripeVectors + v (G the starts of a group)
+// in lane x of vector v of group g. The start below a start is then the same
+// lane of the vector before, and only vector 0 shifts its lanes: a group runs
+// all the steps of a batch in registers, and no row is written between them.
+inline constexpr int kStripeVectors = 8;
+// The most steps of one AdvanceStripedFn call.
+inline constexpr int kMostStripedSteps = 32;
+// The place of start j (1 to lastshort) in a striped row of kernel lanes.
+inline int64_t stripedIndex(int64_t j, int lanes) {
+  const int64_t group = static_cast<int64_t>(kStripeVectors) * lanes, at = (j - 1) % group;
+  return (j - 1) - at + (at % kStripeVectors) * lanes + at / kStripeVectors;
+}
+
+// Steps 0 to n - 1 (n at most kMostStripedSteps) of a striped row of
+// `groups` groups, in place and in the kernel's lanes, each
+//   row[j] = row[j - 1] before the step + pair[k][j]
+// with pair[k] the pair column of step k striped as the row (StripedPairs).
+// start0[k] holds the score of start 0 before step k (that of the row before
+// the batch, then step k - 1's start 0). clip: kStripeVectors vectors for
+// the last group, lanes of a start at most lastshort the lanes' greatest
+// value, the others their least, so that the starts past lastshort are
+// never the greatest. best[k]: the greatest score of step k, in
+// AdvanceSpanFn's terms.
+using AdvanceStripedFn = void (*)(void* row, int64_t groups, int n, const void* const* pair, const void* clip,
+                                  const void* start0, float* best);
+
 // A variant of the row kernels. The scalar one has no functions: the scans
 // then run the reference kernels of scan_scalar.cpp, cell by cell.
 struct ScanKernel {
@@ -119,6 +147,9 @@ struct ScanKernel {
   // Byte lanes only, elsewhere null: the start scores in the lanes, in place
   // of the Single sums' chains (startScoresFromFirst, startScoresFromZero).
   StartScoresFn startScores = nullptr;
+  // Integer lanes, where the variant has them: the random expectation's
+  // steps in striped rows.
+  AdvanceStripedFn advanceStriped = nullptr;
 
   bool isScalar() const { return advanceSpan == nullptr; }
   // The bytes of blockmax from one block to the next.
@@ -199,6 +230,28 @@ class ScanColumns {
   const void* enter_[5] = {};
   const void* pair_[5][5] = {};
   std::vector<uint8_t> startLut_;
+};
+
+// The 25 pair columns of ScanColumns in striped rows (see stripedIndex) for
+// a kernel of integer lanes, the starts past lastshort 0, and the clip of
+// the last group (see AdvanceStripedFn). Built once a run.
+class StripedPairs {
+ public:
+  StripedPairs(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, int64_t lastshort,
+               const ScanKernel& kernel);
+  int64_t groups() const { return groups_; }
+  // The scores a striped row takes, past lastshort too.
+  int64_t rowScores() const { return groups_ * kStripeVectors * lanes_; }
+  const void* forStep(uint8_t leaving, uint8_t entering) const {
+    return pair_[leaving <= 4 ? leaving : 0][entering <= 4 ? entering : 0];
+  }
+  const void* clip() const { return clip_.data(); }
+
+ private:
+  int64_t groups_;
+  int lanes_;
+  LaneStorage storage_, clip_;
+  const void* pair_[5][5] = {};
 };
 
 }  // namespace trelvane
