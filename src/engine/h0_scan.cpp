@@ -100,10 +100,15 @@ class H0Scanner {
     }
     const ScanColumns& cols = *c_.columns;
     for (int k = 0; k < n; ++k) wins_[k] = res + r + k;
-    if (c_.kernel->startScores && W >= 1 && r + W + 32 <= c_.resampled.size() + MemoryBlock::kPad)
-      c_.kernel->startScores(cols.startLut(), res + r, n, W, starts_.data());
-    else
-      startScoresFromZero(m1, wins_.data(), n, W, c_.cells, starts_.data());
+    // start 0 in byte lanes 32 steps at a time, where the kernel's reads stay
+    // in the padding
+    for (int q = 0; q < n; q += 32) {
+      const int part = std::min(32, n - q);
+      if (c_.kernel->startScores && W >= 1 && r + q + W + 32 <= c_.resampled.size() + MemoryBlock::kPad)
+        c_.kernel->startScores(cols.startLut(), res + r + q, part, W, starts_.data() + q);
+      else
+        startScoresFromZero(m1, wins_.data() + q, part, W, c_.cells, starts_.data() + q);
+    }
     if (striped_) {
       striped_->advance(n, res + r - 1, res + r + W - 1, starts_.data());
       for (int k = 0; k < n; ++k) pending_[k] = greater(greater(0.0f, striped_->best(k)), starts_[k]);

@@ -48,7 +48,7 @@ TEST(StripedBatch, GivesEachStepTheScalarBest) {
         const int64_t nshort = lastshort + sc.W;
         std::vector<uint8_t> m1(static_cast<std::size_t>(nshort));
         for (uint8_t& b : m1) b = sc.oneBase ? 2 : gen() % 16 == 0 ? 0 : static_cast<uint8_t>(1 + gen() % 4);
-        const int steps = 80;
+        const int steps = 240;
         std::vector<uint8_t> res(static_cast<std::size_t>(steps + sc.W + 1));
         for (uint8_t& b : res) b = sc.oneBase ? 2 : gen() % 20 == 0 ? 7 : static_cast<uint8_t>(1 + gen() % 4);
 
@@ -58,7 +58,7 @@ TEST(StripedBatch, GivesEachStepTheScalarBest) {
         StripedBatch batch(kernel, cells, m1.data(), nshort, sc.W, lastshort);
         batch.setBefore(row.data());
         for (int r = 1; r + kMostStripedSteps <= steps;) {
-          const int n = std::array{1, 7, 8, 9, kMostStripedSteps, 17}[static_cast<std::size_t>(r % 6)];
+          const int n = std::array{1, 7, 8, 9, kMostStripedSteps, 17, 40}[static_cast<std::size_t>(r % 7)];
           std::vector<float> start(static_cast<std::size_t>(n));
           for (int k = 0; k < n; ++k) start[k] = fullScoreFromZero(m1.data(), res.data() + r + k, sc.W, cells);
           batch.advance(n, res.data() + r - 1, res.data() + r + sc.W - 1, start.data());

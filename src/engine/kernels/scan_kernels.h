@@ -109,7 +109,7 @@ using StartScoresFn = void (*)(const uint8_t* lut, const uint8_t* text, int n, i
 // all the steps of a batch in registers, and no row is written between them.
 inline constexpr int kStripeVectors = 8;
 // The most steps of one AdvanceStripedFn call.
-inline constexpr int kMostStripedSteps = 32;
+inline constexpr int kMostStripedSteps = 64;
 // The place of start j (1 to lastshort) in a striped row of kernel lanes.
 inline int64_t stripedIndex(int64_t j, int lanes) {
   const int64_t group = static_cast<int64_t>(kStripeVectors) * lanes, at = (j - 1) % group;
