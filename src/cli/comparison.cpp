@@ -25,6 +25,7 @@
 #include "state/state.h"
 #include "platform/linereader.h"
 #include "platform/numtext.h"
+#include "platform/replace_file.h"
 #include "platform/rnd.h"
 
 #include "input/panel.h"
@@ -66,8 +67,7 @@ class StagingFile {
   const std::string& path() const { return path_; }
   // Moves the file to target; the staging name is then gone.
   bool renameTo(const std::string& target, std::string* why) {
-    std::error_code ec;
-    std::filesystem::rename(path_, target, ec);
+    const std::error_code ec = replaceFile(path_, target);
     if (ec) {
       *why = "cannot write " + target + ": " + ec.message();
       return false;

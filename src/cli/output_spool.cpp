@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/replace_file.h"
+
 namespace trelvane::cli {
 
 namespace {
@@ -132,8 +134,7 @@ bool OutputSpool::commit(const Console& c, std::string_view head, std::string* w
   }
   std::fclose(file_);
   file_ = nullptr;
-  std::error_code ec;
-  std::filesystem::rename(from, target_, ec);
+  const std::error_code ec = replaceFile(from, target_);
   if (ec) {
     *why = "cannot write " + target_ + ": " + ec.message();
     return false;

@@ -8,6 +8,7 @@
 #include "state/profile.h"
 #include "engine/scan.h"
 #include "platform/numtext.h"
+#include "platform/replace_file.h"
 
 namespace trelvane {
 
@@ -195,7 +196,7 @@ std::string writeResultFile(const std::string& path, const std::string& block, s
     return why;
   }
   if (inPlace) return "";
-  std::filesystem::rename(target, path, ec);
+  ec = replaceFile(target, path);
   if (!ec) return "";
   std::string renameWhy = ec.message();
   std::filesystem::remove(target, ec);
