@@ -248,14 +248,10 @@ void BM_KernelSpan(benchmark::State& state, const ScanKernel* k) {
                                                           benchmark::Counter::kIsIterationInvariantRate);
 }
 
-// The steps of a batch as the scans take them: keep:0 every row, keep:1 the
-// best only (the random expectation), keep:2 the candidates of a listing
-// from 20 identities up (the scan with ties).
-void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
-  const KernelInputs in(state.range(1), *k);
-  const auto keep = std::array{RowBatch::Keep::kRows, RowBatch::Keep::kBestOnly,
-                               RowBatch::Keep::kCandidates}[static_cast<std::size_t>(state.range(0))];
-  RowBatch batch(*k, in.lastshort, keep, 20.0f);
+// Batches of steps over the positions of `in`, from position 0 again when
+// they run out: advance(i, n) runs positions i to i + n - 1.
+template <class Batch, class Advance>
+void runBatches(benchmark::State& state, const KernelInputs& in, Batch& batch, Advance advance) {
   const int n = batch.steps();
   int64_t i = KernelInputs::kPositions;
   float best = 0;
@@ -264,7 +260,7 @@ void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
       batch.setBefore(in.first.data());
       i = 0;
     }
-    batch.advance(n, in.leave.data() + i, in.enter.data() + i, in.starts.data() + i);
+    advance(i, n);
     best = batch.best(n - 1) > best ? batch.best(n - 1) : best;
     i += n;
   }
@@ -273,26 +269,27 @@ void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
                                                           benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// The steps of a batch as the scans take them: keep:0 every row, keep:1 the
+// best only (the random expectation), keep:2 the candidates of a listing
+// from 20 identities up (the scan with ties).
+void BM_KernelBatch(benchmark::State& state, const ScanKernel* k) {
+  const KernelInputs in(state.range(1), *k);
+  const auto keep = std::array{RowBatch::Keep::kRows, RowBatch::Keep::kBestOnly,
+                               RowBatch::Keep::kCandidates}[static_cast<std::size_t>(state.range(0))];
+  RowBatch batch(*k, in.lastshort, keep, 20.0f);
+  runBatches(state, in, batch, [&](int64_t i, int n) {
+    batch.advance(n, in.leave.data() + i, in.enter.data() + i, in.starts.data() + i);
+  });
+}
+
 // The random expectation's steps in striped rows (integer lanes): what
 // keep:1 of BM_KernelBatch does, in the variant's own form.
 void BM_StripedBatch(benchmark::State& state, const ScanKernel* k) {
   const KernelInputs in(state.range(0), *k);
   StripedBatch batch(*k, in.cells, in.m1.data(), in.lastshort + KernelInputs::W, KernelInputs::W, in.lastshort);
-  const int n = batch.steps();
-  int64_t i = KernelInputs::kPositions;
-  float best = 0;
-  for (auto _ : state) {
-    if (i + n > KernelInputs::kPositions) {
-      batch.setBefore(in.first.data());
-      i = 0;
-    }
+  runBatches(state, in, batch, [&](int64_t i, int n) {
     batch.advance(n, in.m0.data() + i, in.m0.data() + i + KernelInputs::W, in.starts.data() + i);
-    best = batch.best(n - 1) > best ? batch.best(n - 1) : best;
-    i += n;
-  }
-  benchmark::DoNotOptimize(best);
-  state.counters["cells_per_second"] = benchmark::Counter(static_cast<double>(in.lastshort) * n,
-                                                          benchmark::Counter::kIsIterationInvariantRate);
+  });
 }
 
 // The tests' kernels over the row of position 1 (blocks of 128 starts):

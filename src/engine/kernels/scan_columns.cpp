@@ -39,6 +39,15 @@ void layOut(LaneStorage& storage, const void** leave, const void** enter, const 
   }
 }
 
+// The cell of m1[j + W - 1] against e less that of m1[j - 1] against l, a
+// cell outside m1 0: the pair column of a step at start j.
+int64_t pairCell(const CellTable& cells, const uint8_t* m1, int64_t nshort, int32_t W, int l, int e, int64_t j) {
+  auto cellAt = [&](int64_t at, int b) -> int64_t {
+    return at >= 0 && at < nshort ? static_cast<int64_t>(cells.column(static_cast<uint8_t>(b))[m1[at]]) : 0;
+  };
+  return cellAt(j + W - 1, e) - cellAt(j - 1, l);
+}
+
 // The 25 pair columns of integer lanes, pad cells either side and on
 // 64-byte boundaries: pair(l, e)[j] = cell of m1[j + W - 1] against e less
 // the cell of m1[j - 1] against l, a cell outside m1 being 0. A group of
@@ -51,15 +60,11 @@ void layOutPairs(LaneStorage& storage, const void* (&pair)[5][5], const CellTabl
   const int64_t stride = (nshort + 2 * kPad + kLine - 1) / kLine * kLine;
   storage.assign(static_cast<std::size_t>(stride * 25) * sizeof(T), std::byte{0});
   T* base = reinterpret_cast<T*>(storage.data());
-  auto cellAt = [&](int64_t j, int l) -> int64_t {
-    return j >= 0 && j < nshort ? static_cast<int64_t>(cells.column(static_cast<uint8_t>(l))[m1[j]]) : 0;
-  };
   for (int l = 0; l < 5; ++l)
     for (int e = 0; e < 5; ++e) {
       T* col = base + (5 * l + e) * stride + kPad;
       // the sum of whole numbers within the lanes' range, reached by wrapping
-      for (int64_t j = -kPad; j < stride - kPad; ++j)
-        col[j] = static_cast<T>(cellAt(j + W - 1, e) - cellAt(j - 1, l));
+      for (int64_t j = -kPad; j < stride - kPad; ++j) col[j] = static_cast<T>(pairCell(cells, m1, nshort, W, l, e, j));
       pair[l][e] = col;
     }
 }
@@ -70,14 +75,11 @@ void layOutStriped(LaneStorage& storage, LaneStorage& clip, const void* (&pair)[
                    const uint8_t* m1, int64_t nshort, int32_t W, int64_t lastshort, int lanes, int64_t rowScores) {
   storage.assign(static_cast<std::size_t>(rowScores * 25) * sizeof(T), std::byte{0});
   T* base = reinterpret_cast<T*>(storage.data());
-  auto cellAt = [&](int64_t j, int l) -> int64_t {
-    return j >= 0 && j < nshort ? static_cast<int64_t>(cells.column(static_cast<uint8_t>(l))[m1[j]]) : 0;
-  };
   for (int l = 0; l < 5; ++l)
     for (int e = 0; e < 5; ++e) {
       T* col = base + (5 * l + e) * rowScores;
       for (int64_t j = 1; j <= lastshort; ++j)
-        col[stripedIndex(j, lanes)] = static_cast<T>(cellAt(j + W - 1, e) - cellAt(j - 1, l));
+        col[stripedIndex(j, lanes)] = static_cast<T>(pairCell(cells, m1, nshort, W, l, e, j));
       pair[l][e] = col;
     }
   const int64_t group = int64_t{kStripeVectors} * lanes, lastGroup = rowScores - group;
