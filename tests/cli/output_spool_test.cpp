@@ -5,23 +5,16 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include <unistd.h>
 
 #include "cli/output_spool.h"
+#include "support/files.h"
 
 namespace trelvane::testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string slurp(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  std::stringstream ss;
-  ss << in.rdbuf();
-  return ss.str();
-}
 
 std::vector<std::string> names(const fs::path& dir) {
   std::vector<std::string> out;
@@ -32,19 +25,13 @@ std::vector<std::string> names(const fs::path& dir) {
 
 class Spool : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir = fs::temp_directory_path() / ("trelvane-spool-" + std::to_string(::getpid()));
-    fs::remove_all(dir);
-    fs::create_directories(dir);
-    target = (dir / "rows.txt").string();
-  }
-  void TearDown() override { fs::remove_all(dir); }
   // The pieces as a run hands them over, an empty one among them.
   void feed(cli::OutputSpool& s) {
     for (const char* piece : {"1\tA\t3\n", "2\tC\t4\t17\n", "", "3\tG\t2\n"}) s.write(piece);
   }
-  fs::path dir;
-  std::string target;
+  ScratchDir scratch{"spool"};
+  const fs::path& dir = scratch.path;
+  const std::string target = (dir / "rows.txt").string();
 };
 
 TEST_F(Spool, PutsHeadAndTextInPlaceAndLeavesNothingBeside) {
@@ -54,7 +41,7 @@ TEST_F(Spool, PutsHeadAndTextInPlaceAndLeavesNothingBeside) {
     ASSERT_TRUE(s.open(&why)) << why;
     feed(s);
     ASSERT_TRUE(s.commit(cli::Console{}, head, &why)) << why;
-    EXPECT_EQ(slurp(target), head + "1\tA\t3\n2\tC\t4\t17\n3\tG\t2\n");
+    EXPECT_EQ(readBytes(target), head + "1\tA\t3\n2\tC\t4\t17\n3\tG\t2\n");
     EXPECT_EQ(names(dir), std::vector<std::string>{"rows.txt"});
   }
 }
@@ -69,7 +56,7 @@ TEST_F(Spool, RewritesEveryPieceOnItsWay) {
   s.write("chr1\t5\n");
   s.write("chr1\t6\n");
   ASSERT_TRUE(s.commit(cli::Console{}, "head\n", &why)) << why;
-  EXPECT_EQ(slurp(target), "head\nCHR1\t5\nCHR1\t6\n");
+  EXPECT_EQ(readBytes(target), "head\nCHR1\t5\nCHR1\t6\n");
 }
 
 TEST_F(Spool, AnUncommittedRunLeavesTheFileOfBefore) {
@@ -80,7 +67,7 @@ TEST_F(Spool, AnUncommittedRunLeavesTheFileOfBefore) {
     ASSERT_TRUE(s.open(&why)) << why;
     feed(s);
   }
-  EXPECT_EQ(slurp(target), "the earlier rows\n");
+  EXPECT_EQ(readBytes(target), "the earlier rows\n");
   EXPECT_EQ(names(dir), std::vector<std::string>{"rows.txt"});
 }
 

@@ -18,6 +18,7 @@
 #include "engine/run.h"
 #include "state/state.h"
 #include "support/cases.h"
+#include "support/files.h"
 
 // The tests give RunSettings by designated fields; GCC 12 would warn about
 // every field left to its default.
@@ -32,13 +33,6 @@ inline MemoryBlock blockOf(std::string_view letters) {
   MemoryBlock m(static_cast<std::ptrdiff_t>(letters.size()) + 100);
   for (std::size_t k = 0; k < letters.size(); ++k) m.set(static_cast<std::ptrdiff_t>(k), codeOf(letters[k]));
   return m;
-}
-
-inline std::string readBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
 }
 
 // Records what a run tells its window; doEvents asks for a stop at its call stopAfter.

@@ -9,16 +9,17 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "event_log.h"
 #include "http/qttcpsocket.h"
+#include "support/files.h"
 #include "support/local_server.h"
 
 namespace trelvane::http {
 namespace {
 
 using namespace testsupport;
+using trelvane::testing::readBytes;
 using Lines = std::vector<std::string>;
 
 [[maybe_unused]] ::testing::Environment* const qtEnvironment =
@@ -31,11 +32,6 @@ struct Client : testing::EventLog {
   Client() { attach(http); }
   bool run() { return runUntil([this] { return !only({"Page", "File", "Cancelled"}).empty(); }); }
 };
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 // Peers that answer with pieces at once (then closing in the same turn) or one every few milliseconds.
 TEST(QtTCPSocket, ScriptedPeers) {
@@ -97,7 +93,7 @@ TEST(QtTCPSocket, StalledDownloadKeepsWhatCameAndStopEndsWithoutAnEvent) {
   c.http.Download(peer.root() + "/f.bin", std::make_shared<FolderItem>(file));
   ASSERT_TRUE(c.run());
   EXPECT_EQ(c.only({"Updated", "TCPError", "Cancelled", "File"}), (Lines{"Updated true", "TCPError 110", "Cancelled"}));
-  EXPECT_EQ(readFile(file), "abc");
+  EXPECT_EQ(readBytes(file), "abc");
   std::filesystem::remove(file);
   Client s;
   s.http.Get(peer.root() + "/");
@@ -119,7 +115,7 @@ class Nginx : public ::testing::Test {
   static void SetUpTestSuite() {
     dir = new QTemporaryDir;
     const std::string d = dir->path().toStdString();
-    std::string conf = readFile(TRELVANE_TEST_DATA "/http/nginx.conf");
+    std::string conf = readBytes(TRELVANE_TEST_DATA "/http/nginx.conf");
     for (auto [mark, value] : {std::pair{"@TMP@", d}, {"@PORT@", std::to_string(port = freePort())}, {"@WWW@", std::string(TRELVANE_TEST_DATA "/http/www")}})
       for (std::size_t at; (at = conf.find(mark)) != std::string::npos;) conf.replace(at, std::strlen(mark), value);
     std::ofstream(d + "/nginx.conf") << conf;
@@ -133,7 +129,7 @@ class Nginx : public ::testing::Test {
       if (probe.waitForConnected(200)) return;
       process->waitForFinished(50);
     }
-    error = "nginx is not answering: " + readFile(d + "/error.log") + readFile(d + "/stderr.log");
+    error = "nginx is not answering: " + readBytes(d + "/error.log") + readBytes(d + "/stderr.log");
   }
   static void TearDownTestSuite() {
     process->terminate();
@@ -185,7 +181,7 @@ TEST_F(Nginx, ChunkedPageDownloadAndResumeGiveTheExactBytes) {
   c.http.Get(url("/chunk/text.txt"));
   ASSERT_TRUE(c.run());
   EXPECT_TRUE(c.http.IsChunked);
-  std::string text = readFile(TRELVANE_TEST_DATA "/http/www/chunk/text.txt");
+  std::string text = readBytes(TRELVANE_TEST_DATA "/http/www/chunk/text.txt");
   std::replace(text.begin(), text.end(), 'x', 'y');
   EXPECT_EQ(c.pages, Lines{text});
   const std::string file = dir->filePath("data.out").toStdString();
@@ -195,7 +191,7 @@ TEST_F(Nginx, ChunkedPageDownloadAndResumeGiveTheExactBytes) {
   c.http.Download(url("/data.bin"), std::make_shared<FolderItem>(file));
   ASSERT_TRUE(c.run());
   EXPECT_EQ(c.only({"File", "Cancelled", "TCPError"}), Lines{"File application/octet-stream|false"});
-  EXPECT_EQ(readFile(file), dataBin());
+  EXPECT_EQ(readBytes(file), dataBin());
   EXPECT_FALSE(c.only({"Updated false"}).empty());  // flushed in pieces
   EXPECT_EQ(c.only({"Data"}).back().rfind("Data 300000/300000/", 0), 0u);
   std::ofstream(file) << dataBin().substr(0, 123457);
@@ -205,7 +201,7 @@ TEST_F(Nginx, ChunkedPageDownloadAndResumeGiveTheExactBytes) {
   EXPECT_EQ(c.only({"Headers", "File", "Cancelled", "OperationError"}),
             (Lines{"Headers 206|false|false", "File application/octet-stream|false"}));
   EXPECT_EQ(c.http.Size, 300000);
-  EXPECT_EQ(readFile(file), dataBin());
+  EXPECT_EQ(readBytes(file), dataBin());
   c.http.Get(url("/echo"));  // the Range stays on the instance
   ASSERT_TRUE(runUntil([this] { return c.pages.size() == 2; }));
   EXPECT_EQ(c.pages.back(), "GET /echo [] [] [] [bytes=123457-]");

@@ -6,30 +6,21 @@
 #include <iterator>
 #include <string>
 
-#include <unistd.h>
-
 #include "platform/replace_file.h"
+#include "support/files.h"
 
 namespace fs = std::filesystem;
 using namespace trelvane;
+using trelvane::testing::readBytes;
 
 namespace {
 
-std::string slurp(const fs::path& p) {
-  std::ifstream in(p, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 void put(const fs::path& p, const std::string& text) { std::ofstream(p, std::ios::binary) << text; }
 
 class ReplaceFile : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() / ("trelvane-replace-" + std::to_string(::getpid()));
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
-  void TearDown() override { fs::remove_all(dir_); }
-  fs::path dir_;
+  trelvane::testing::ScratchDir scratch_{"replace"};
+  const fs::path& dir_ = scratch_.path;
 };
 
 TEST_F(ReplaceFile, TakesThePlaceOfAFileOrOfNothingAndLeavesNoOtherName) {
@@ -39,14 +30,14 @@ TEST_F(ReplaceFile, TakesThePlaceOfAFileOrOfNothingAndLeavesNoOtherName) {
   fs::create_hard_link(out, other);  // a second name of the old file keeps it
   put(part, "new");
   EXPECT_FALSE(replaceFile(part.string(), out.string()));
-  EXPECT_EQ(slurp(out), "new");
-  EXPECT_EQ(slurp(other), "old bytes, longer than the new ones");
+  EXPECT_EQ(readBytes(out), "new");
+  EXPECT_EQ(readBytes(other), "old bytes, longer than the new ones");
   EXPECT_FALSE(fs::exists(part));
 
   put(part, "first");
   const fs::path fresh = dir_ / "fresh";
   EXPECT_FALSE(replaceFile(part.string(), fresh.string()));
-  EXPECT_EQ(slurp(fresh), "first");
+  EXPECT_EQ(readBytes(fresh), "first");
   EXPECT_EQ(std::distance(fs::directory_iterator(dir_), fs::directory_iterator()), 3);  // out, other, fresh
 }
 
@@ -57,15 +48,15 @@ TEST_F(ReplaceFile, ReplacesALinkItselfAndRefusesADirectory) {
   put(part, "new");
   EXPECT_FALSE(replaceFile(part.string(), link.string()));
   EXPECT_FALSE(fs::is_symlink(link));
-  EXPECT_EQ(slurp(link), "new");
-  EXPECT_EQ(slurp(pointee), "kept");
+  EXPECT_EQ(readBytes(link), "new");
+  EXPECT_EQ(readBytes(pointee), "kept");
 
   const fs::path folder = dir_ / "folder";
   fs::create_directories(folder / "inside");
   put(part, "new");
   EXPECT_TRUE(replaceFile(part.string(), folder.string()));
   EXPECT_TRUE(fs::is_directory(folder / "inside"));
-  EXPECT_EQ(slurp(part), "new");  // nothing lost
+  EXPECT_EQ(readBytes(part), "new");  // nothing lost
 
   EXPECT_TRUE(replaceFile((dir_ / "missing").string(), (dir_ / "target").string()));
   EXPECT_FALSE(fs::exists(dir_ / "target"));

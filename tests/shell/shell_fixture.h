@@ -22,6 +22,7 @@
 #include "shell/runhost.h"
 #include "shell/widgets.h"
 #include "shell/window1.h"
+#include "support/files.h"
 
 namespace trelvane::shell::test {
 
@@ -32,12 +33,7 @@ inline QApplication& qtApp() {
   return *app;
 }
 
-inline std::string readBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream out;
-  out << in.rdbuf();
-  return out.str();
-}
+using trelvane::testing::readBytes;
 
 const std::string kLong = ">long title\n" + std::string("ACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGT") + "\n";
 const std::string kShort = ">short title\nACGTTGCAACGTTGCAACGTTGCAACGTTGCAACGTTGCA\n";

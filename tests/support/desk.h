@@ -36,6 +36,7 @@
 #include "state/state.h"
 #include "platform/numtext.h"
 #include "support/cases.h"
+#include "support/files.h"
 
 namespace trelvane::testing {
 
@@ -69,10 +70,7 @@ struct Desk {
     return name.rfind("./", 0) == 0 ? name : (dir / name).string();
   }
 
-  static std::filesystem::path makeDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "trelvane-desk-XXXXXX").string();
-    return ::mkdtemp(pattern.data());
-  }
+  static std::filesystem::path makeDir() { return makeScratchDir("desk"); }
 
   std::filesystem::path home = std::filesystem::current_path(), dir;
   ComparisonState st;
