@@ -100,11 +100,10 @@ class H0Scanner {
     }
     const ScanColumns& cols = *c_.columns;
     for (int k = 0; k < n; ++k) wins_[k] = res + r + k;
-    // start 0 in byte lanes 32 steps at a time, where the kernel's reads stay
-    // in the padding
+    // start 0 in the lanes 32 steps at a time
     for (int q = 0; q < n; q += 32) {
       const int part = std::min(32, n - q);
-      if (c_.kernel->startScores && W >= 1 && r + q + W + 32 <= c_.resampled.size() + MemoryBlock::kPad)
+      if (startScoresInLanes(*c_.kernel, W, c_.resampled, r + q))
         c_.kernel->startScores(cols.startLut(), res + r + q, part, W, starts_.data() + q);
       else
         startScoresFromZero(m1, wins_.data() + q, part, W, c_.cells, starts_.data() + q);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/kernels/scan_kernels.h"
+#include "platform/memoryblock.h"
 
 namespace trelvane {
 
@@ -104,6 +105,15 @@ class RowBatch {
   std::size_t last_ = 0;          // rows_[last_]: the last row of the last batch
   LaneStorage blockmax_;
 };
+
+// Whether the kernel scores start 0 in its lanes (ScanKernel::startScores)
+// for the windows from text[at] on: it reads text[at .. at + W + 31], which
+// must lie in the block or its padding. A window of 0 keeps the Single sums,
+// which take the first cell even so.
+inline bool startScoresInLanes(const ScanKernel& kernel, int32_t W, const MemoryBlock& text, int64_t at) {
+  return kernel.startScores && W >= 1 && text.data() && at >= -MemoryBlock::kPad &&
+         at + W + 32 <= text.size() + MemoryBlock::kPad;
+}
 
 // The scores at start 0 of n windows of the longest side against the first
 // window of the shortest, a few at a time so that their chains of additions

@@ -49,11 +49,7 @@ void PositionTester::computeBatch(int64_t i, int n, const int64_t* warmFrom) {
     }
     wins_[k] = win;
   }
-  // Byte lanes score start 0 in the lanes, where the kernel's reads beyond
-  // the last window stay in m0's padding. (A window of 0 still takes its
-  // first cell from the first, and none from 0: the Singles' way then.)
-  if (c_.kernel->startScores && W >= 1 && m0.data() && i >= -MemoryBlock::kPad &&
-      i + W + 32 <= m0.size() + MemoryBlock::kPad)
+  if (startScoresInLanes(*c_.kernel, W, m0, i))
     c_.kernel->startScores(cols.startLut(), m0.data() + i, n, W, starts_.data());
   else
     startScoresFromFirst(c_.m1->data(), wins_.data(), n, W, c_.cells, starts_.data());
